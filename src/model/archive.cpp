@@ -1,0 +1,510 @@
+#include "model/archive.h"
+
+#include <cstring>
+
+namespace
+{
+constexpr uint16_t kNullTag = 0;
+constexpr uint16_t kNewClassTag = 0xFFFF;
+constexpr uint16_t kClassTag = 0x8000;
+constexpr uint32_t kBigClassTag = 0x80000000;
+constexpr uint16_t kBigObjectTag = 0x7FFF;
+// Indexes past this are refused: no real document holds that many records, and
+// the table would otherwise grow without bound on a hostile stream.
+constexpr uint32_t kMaxMapCount = 0x3FFFFFFF;
+
+// Windows-1252 bytes 0x80 to 0x9F; the five undefined ones keep their C1 code point.
+const char32_t kCp1252High[32] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
+};
+
+void AppendUtf8(std::string& out, char32_t cp)
+{
+    if (cp < 0x80)
+        out += static_cast<char>(cp);
+    else if (cp < 0x800)
+    {
+        out += static_cast<char>(0xC0 | (cp >> 6));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+    else if (cp < 0x10000)
+    {
+        out += static_cast<char>(0xE0 | (cp >> 12));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+    else
+    {
+        out += static_cast<char>(0xF0 | (cp >> 18));
+        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+}
+
+char ToCp1252(char32_t cp)
+{
+    if (cp < 0x80 || (cp >= 0xA0 && cp <= 0xFF))
+        return static_cast<char>(cp);
+    for (int i = 0; i < 32; ++i)
+        if (kCp1252High[i] == cp)
+            return static_cast<char>(0x80 + i);
+    return '?';
+}
+} // namespace
+
+std::string Cp1252ToUtf8(std::string_view bytes)
+{
+    std::string out;
+    out.reserve(bytes.size());
+    for (unsigned char c : bytes)
+    {
+        if (c < 0x80)
+            out += static_cast<char>(c);
+        else if (c < 0xA0)
+            AppendUtf8(out, kCp1252High[c - 0x80]);
+        else
+            AppendUtf8(out, c);
+    }
+    return out;
+}
+
+std::string Utf8ToCp1252(std::string_view utf8)
+{
+    std::string out;
+    out.reserve(utf8.size());
+    size_t i = 0;
+    const size_t n = utf8.size();
+    while (i < n)
+    {
+        const unsigned char c = static_cast<unsigned char>(utf8[i]);
+        if (c < 0x80)
+        {
+            out += static_cast<char>(c);
+            ++i;
+            continue;
+        }
+        int extra = 0;
+        char32_t cp = 0;
+        if ((c & 0xE0) == 0xC0)
+        {
+            extra = 1;
+            cp = c & 0x1F;
+        }
+        else if ((c & 0xF0) == 0xE0)
+        {
+            extra = 2;
+            cp = c & 0x0F;
+        }
+        else if ((c & 0xF8) == 0xF0)
+        {
+            extra = 3;
+            cp = c & 0x07;
+        }
+        else
+        {
+            out += '?';
+            ++i;
+            continue;
+        }
+        bool ok = true;
+        for (int k = 1; k <= extra; ++k)
+        {
+            if (i + k >= n || (static_cast<unsigned char>(utf8[i + k]) & 0xC0) != 0x80)
+            {
+                ok = false;
+                break;
+            }
+            cp = (cp << 6) | (static_cast<unsigned char>(utf8[i + k]) & 0x3F);
+        }
+        if (!ok)
+        {
+            out += '?';
+            ++i;
+            continue;
+        }
+        out += ToCp1252(cp);
+        i += extra + 1;
+    }
+    return out;
+}
+
+std::string Utf16LeToUtf8(const uint8_t* data, size_t units)
+{
+    std::string out;
+    for (size_t i = 0; i < units; ++i)
+    {
+        char32_t u = data[2 * i] | (data[2 * i + 1] << 8);
+        if (u >= 0xD800 && u <= 0xDBFF && i + 1 < units)
+        {
+            const char32_t lo = data[2 * i + 2] | (data[2 * i + 3] << 8);
+            if (lo >= 0xDC00 && lo <= 0xDFFF)
+            {
+                u = 0x10000 + ((u - 0xD800) << 10) + (lo - 0xDC00);
+                ++i;
+            }
+            else
+                u = 0xFFFD;
+        }
+        else if (u >= 0xD800 && u <= 0xDFFF)
+            u = 0xFFFD;
+        AppendUtf8(out, u);
+    }
+    return out;
+}
+
+ArchiveError::ArchiveError(Kind kind, std::string record, uint64_t offset, std::string detail)
+    : std::runtime_error(detail), m_kind(kind), m_record(std::move(record)), m_offset(offset),
+      m_detail(std::move(detail))
+{
+}
+
+CArchive::CArchive(std::vector<uint8_t>& out) : m_out(&out) {}
+
+CArchive::CArchive(const uint8_t* data, size_t size, ObjectFactory factory)
+    : m_data(data), m_size(size), m_factory(std::move(factory))
+{
+    m_loadedIndex.emplace_back();
+    m_indexIsClass.push_back(false);
+}
+
+void CArchive::Fail(ArchiveError::Kind kind, const std::string& detail) const
+{
+    throw ArchiveError(kind, m_currentRecord, m_pos, detail);
+}
+
+void CArchive::Need(size_t n) const
+{
+    if (n > m_size - m_pos)
+        Fail(ArchiveError::endOfFile, "unexpected end of file");
+}
+
+void CArchive::WriteBytes(const void* p, size_t n)
+{
+    const uint8_t* b = static_cast<const uint8_t*>(p);
+    m_out->insert(m_out->end(), b, b + n);
+}
+
+void CArchive::WriteU8(uint8_t v) { m_out->push_back(v); }
+
+void CArchive::WriteU16(uint16_t v)
+{
+    const uint8_t b[2] = {uint8_t(v), uint8_t(v >> 8)};
+    WriteBytes(b, 2);
+}
+
+void CArchive::WriteU32(uint32_t v)
+{
+    const uint8_t b[4] = {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
+    WriteBytes(b, 4);
+}
+
+void CArchive::WriteF32(float v)
+{
+    uint32_t bits;
+    std::memcpy(&bits, &v, 4);
+    WriteU32(bits);
+}
+
+void CArchive::WriteF64(double v)
+{
+    uint64_t bits;
+    std::memcpy(&bits, &v, 8);
+    WriteU32(uint32_t(bits));
+    WriteU32(uint32_t(bits >> 32));
+}
+
+void CArchive::WriteString(std::string_view utf8)
+{
+    bool ascii = true;
+    for (char c : utf8)
+        if (static_cast<unsigned char>(c) >= 0x80)
+        {
+            ascii = false;
+            break;
+        }
+    const std::string converted = ascii ? std::string() : Utf8ToCp1252(utf8);
+    const std::string_view bytes = ascii ? utf8 : std::string_view(converted);
+    const size_t len = bytes.size();
+    if (len < 0xFF)
+        WriteU8(uint8_t(len));
+    else if (len < 0xFFFE)
+    {
+        WriteU8(0xFF);
+        WriteU16(uint16_t(len));
+    }
+    else
+    {
+        WriteU8(0xFF);
+        WriteU16(0xFFFF);
+        WriteU32(uint32_t(len));
+    }
+    WriteBytes(bytes.data(), len);
+}
+
+void CArchive::WriteDate(const CDateTime& d)
+{
+    WriteU32(d.GetStatus());
+    WriteF64(d.GetValue());
+}
+
+void CArchive::WriteCount(uint32_t count)
+{
+    if (count < 0xFFFF)
+        WriteU16(uint16_t(count));
+    else
+    {
+        WriteU16(0xFFFF);
+        WriteU32(count);
+    }
+}
+
+void CArchive::WriteIdArray(const std::vector<uint32_t>& ids)
+{
+    WriteCount(uint32_t(ids.size()));
+    for (uint32_t id : ids)
+        WriteU32(id);
+}
+
+void CArchive::WriteObject(CObject& obj)
+{
+    const std::string name = obj.GetClassName();
+    auto it = m_storedClasses.find(name);
+    if (it == m_storedClasses.end())
+    {
+        WriteU16(kNewClassTag);
+        WriteU16(0); // schema: versioning lives in each body's own version field
+        WriteU16(uint16_t(name.size()));
+        WriteBytes(name.data(), name.size());
+        m_storedClasses.emplace(name, m_mapCount++);
+    }
+    else if (it->second < kBigObjectTag)
+        WriteU16(uint16_t(kClassTag | it->second));
+    else
+    {
+        WriteU16(kBigObjectTag);
+        WriteU32(kBigClassTag | it->second);
+    }
+    ++m_mapCount; // the object takes the next index
+    obj.Serialize(*this);
+}
+
+uint8_t CArchive::ReadU8()
+{
+    Need(1);
+    return m_data[m_pos++];
+}
+
+uint16_t CArchive::ReadU16()
+{
+    Need(2);
+    const uint16_t v = uint16_t(m_data[m_pos] | (m_data[m_pos + 1] << 8));
+    m_pos += 2;
+    return v;
+}
+
+uint32_t CArchive::ReadU32()
+{
+    Need(4);
+    const uint8_t* p = m_data + m_pos;
+    const uint32_t v = uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) |
+                       (uint32_t(p[3]) << 24);
+    m_pos += 4;
+    return v;
+}
+
+float CArchive::ReadF32()
+{
+    const uint32_t bits = ReadU32();
+    float v;
+    std::memcpy(&v, &bits, 4);
+    return v;
+}
+
+double CArchive::ReadF64()
+{
+    const uint64_t lo = ReadU32();
+    const uint64_t hi = ReadU32();
+    const uint64_t bits = lo | (hi << 32);
+    double v;
+    std::memcpy(&v, &bits, 8);
+    return v;
+}
+
+uint32_t CArchive::ReadLengthPrefix(bool& unicode)
+{
+    const uint8_t b = ReadU8();
+    if (b < 0xFF)
+        return b;
+    const uint16_t w = ReadU16();
+    if (w == 0xFFFE && !unicode)
+    {
+        // Marker of a 16-bit text: its own length prefix follows, counted in characters.
+        unicode = true;
+        return ReadLengthPrefix(unicode);
+    }
+    if (w < 0xFFFF)
+        return w;
+    return ReadU32();
+}
+
+std::string CArchive::ReadString()
+{
+    bool unicode = false;
+    const uint32_t len = ReadLengthPrefix(unicode);
+    if (unicode)
+    {
+        Need(size_t(len) * 2);
+        std::string s = Utf16LeToUtf8(m_data + m_pos, len);
+        m_pos += size_t(len) * 2;
+        return s;
+    }
+    Need(len);
+    const char* p = reinterpret_cast<const char*>(m_data + m_pos);
+    m_pos += len;
+    for (uint32_t i = 0; i < len; ++i)
+        if (static_cast<unsigned char>(p[i]) >= 0x80)
+            return Cp1252ToUtf8(std::string_view(p, len));
+    return std::string(p, len);
+}
+
+CDateTime CArchive::ReadDate()
+{
+    const uint32_t status = ReadU32();
+    const double value = ReadF64();
+    if (status == CDateTime::null)
+        return CDateTime(0.0, CDateTime::null);
+    if (status != CDateTime::valid)
+        return CDateTime(value, CDateTime::invalid);
+    // A valid date far outside any calendar would make every later computation meaningless.
+    if (!(value > -657435.0 && value < 2958466.0))
+        return CDateTime(0.0, CDateTime::invalid);
+    return CDateTime(value, CDateTime::valid);
+}
+
+CDateTime CArchive::ReadOldDate(bool zeroIsNull)
+{
+    const uint32_t secs = ReadU32();
+    if (zeroIsNull && secs == 0)
+        return CDateTime::Null();
+    return CDateTime::FromUnixLocal(secs);
+}
+
+uint32_t CArchive::ReadCount()
+{
+    const uint16_t w = ReadU16();
+    if (w != 0xFFFF)
+        return w;
+    return ReadU32();
+}
+
+std::vector<uint32_t> CArchive::ReadIdArray()
+{
+    const uint32_t n = ReadCount();
+    // Each element takes 4 bytes: refuse a count the stream cannot hold before allocating.
+    Need(size_t(n) * 4);
+    std::vector<uint32_t> ids;
+    ids.reserve(n);
+    for (uint32_t i = 0; i < n; ++i)
+        ids.push_back(ReadU32());
+    return ids;
+}
+
+uint32_t CArchive::ReadVersion(const char* record, uint32_t lowest, uint32_t highest)
+{
+    const uint64_t at = m_pos;
+    const uint32_t v = ReadU32();
+    if (v < lowest || v > highest)
+        throw ArchiveError(ArchiveError::badSchema, record, at,
+                           std::string(record) + " record version " + std::to_string(v) +
+                               " is not supported");
+    return v;
+}
+
+std::unique_ptr<CObject> CArchive::ReadObject(std::string_view expected)
+{
+    return ReadObject(std::vector<std::string_view>{expected});
+}
+
+std::unique_ptr<CObject> CArchive::ReadObject(const std::vector<std::string_view>& accepted)
+{
+    const uint64_t tagAt = m_pos;
+    const uint16_t wTag = ReadU16();
+    std::string className;
+    uint32_t obTag = 0;
+    bool newClass = false;
+    if (wTag == kNewClassTag)
+    {
+        ReadU16(); // schema number: any value is accepted
+        const uint16_t nameLen = ReadU16();
+        Need(nameLen);
+        className.assign(reinterpret_cast<const char*>(m_data + m_pos), nameLen);
+        m_pos += nameLen;
+        newClass = true;
+    }
+    else
+    {
+        if (wTag == kBigObjectTag)
+            obTag = ReadU32();
+        else
+            obTag = (uint32_t(wTag & kClassTag) << 16) | (wTag & ~kClassTag);
+
+        if (obTag & kBigClassTag)
+        {
+            const uint32_t classIndex = obTag & ~kBigClassTag;
+            if (classIndex == 0 || classIndex >= m_loadedIndex.size() || !m_indexIsClass[classIndex])
+                throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+                                   "class index " + std::to_string(classIndex) +
+                                       " was not registered");
+            className = m_loadedIndex[classIndex];
+        }
+        else
+        {
+            if (obTag == kNullTag)
+                return nullptr;
+            if (obTag >= m_loadedIndex.size() || m_indexIsClass[obTag])
+                throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+                                   "object index " + std::to_string(obTag) +
+                                       " was not registered");
+            bool ok = false;
+            for (std::string_view a : accepted)
+                ok = ok || a == m_loadedIndex[obTag];
+            if (!ok)
+                throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+                                   "reference to a " + m_loadedIndex[obTag] + " where a " +
+                                       std::string(accepted.front()) + " was expected");
+            return nullptr;
+        }
+    }
+
+    bool ok = false;
+    for (std::string_view a : accepted)
+        ok = ok || a == className;
+    if (!ok)
+        throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+                           "found a " + (className.empty() ? std::string("nameless") : className) +
+                               " record where a " + std::string(accepted.front()) +
+                               " was expected");
+    std::unique_ptr<CObject> obj = m_factory ? m_factory(className) : nullptr;
+    if (!obj)
+        throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+                           "unknown record class " + className);
+    if (m_loadedIndex.size() >= kMaxMapCount)
+        Fail(ArchiveError::badFormat, "too many objects in the stream");
+    if (newClass)
+    {
+        m_loadedIndex.push_back(className);
+        m_indexIsClass.push_back(true);
+    }
+    m_loadedIndex.push_back(className);
+    m_indexIsClass.push_back(false);
+
+    const std::string outer = m_currentRecord;
+    m_currentRecord = className;
+    obj->Serialize(*this);
+    m_currentRecord = outer;
+    return obj;
+}
