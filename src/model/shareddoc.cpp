@@ -1,4 +1,5 @@
 #include "model/shareddoc.h"
+#include "platform/sharedfile.h"
 
 // Placeholder until the shared-file layer lands: keeps the model linking.
 CSharedDoc::CSharedDoc() = default;
