@@ -1,9 +1,233 @@
 #include "model/shareddoc.h"
+
+#include "platform/messages.h"
 #include "platform/sharedfile.h"
 
-// Placeholder until the shared-file layer lands: keeps the model linking.
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <sys/stat.h>
+
+namespace
+{
+
+const char kOpenError[] = "Unknown error opening file '%s'";
+const char kReadOnlyNotice[] = "File '%s' is not available for updating.\nIt will be opened read-only";
+const char kInUse[] = "File '%s' is in use.\nSave with a different name.";
+const char kCopyError[] = "File copy error %u";
+
+std::string ReadError(const std::string& path, int err)
+{
+    return "The file '" + path + "' could not be read: " + std::strerror(err) + ".";
+}
+
+std::string WriteError(const std::string& path, const std::string& reason, bool backupKept)
+{
+    std::string text = "The file '" + path + "' could not be saved: " + reason + ".";
+    if (backupKept)
+        text += "\nThe previous contents are kept in '" + CSharedDoc::BackupPathFor(path) + "'.";
+    return text;
+}
+
+bool ReadPlainFile(const std::string& path, std::vector<uint8_t>& bytes)
+{
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        return false;
+    bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return !in.bad();
+}
+
+} // namespace
+
 CSharedDoc::CSharedDoc() = default;
 CSharedDoc::~CSharedDoc() = default;
-bool CSharedDoc::OnOpenDocument(const std::string&, platform::Prompter&) { return false; }
-bool CSharedDoc::OnSaveDocument(const std::string&, platform::Prompter&) { return false; }
-void CSharedDoc::CloseHeldFile() {}
+
+std::string CSharedDoc::BackupPathFor(const std::string& path) { return path + " Backup"; }
+
+bool CSharedDoc::HasBackup(const std::string& path)
+{
+    struct stat st{};
+    return ::stat(BackupPathFor(path).c_str(), &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0;
+}
+
+std::string CSharedDoc::BackupQuestion(const std::string& path)
+{
+    return "The file '" + path +
+           "' could not be read. A backup copy from an interrupted save was found beside it:\n" +
+           BackupPathFor(path) + "\n\nWould you like to open the backup?";
+}
+
+void CSharedDoc::CloseHeldFile()
+{
+    std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+    m_heldFile.reset();
+    m_readOnly = false;
+}
+
+bool CSharedDoc::OnOpenDocument(const std::string& path, platform::Prompter& prompter)
+{
+    CloseHeldFile();
+    {
+        // Without its file the old path must not be saved to any more.
+        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+        m_pathName.clear();
+    }
+    std::unique_ptr<platform::SharedFile> file = platform::SharedFile::OpenShared(path, false);
+    if (!file)
+    {
+        prompter.ShowMessage(platform::FormatPrintf(kOpenError, path), platform::Icon::error);
+        return false;
+    }
+    if (file->IsReadOnly())
+        prompter.ShowMessage(platform::FormatPrintf(kReadOnlyNotice, path), platform::Icon::warning);
+
+    std::vector<uint8_t> bytes;
+    int err = 0;
+    if (!file->ReadAll(bytes, &err))
+    {
+        prompter.ShowMessage(ReadError(path, err), platform::Icon::error);
+        return false;
+    }
+    {
+        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+        m_readOnly = file->IsReadOnly();
+        m_heldFile = std::move(file);
+    }
+    if (!ReadFromBytes(bytes, prompter))
+    {
+        CloseHeldFile();
+        return false;
+    }
+    std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+    m_pathName = path;
+    return true;
+}
+
+bool CSharedDoc::OnSaveDocument(const std::string& path, platform::Prompter& prompter)
+{
+    const std::string inUse = platform::FormatPrintf(kInUse, path);
+    bool sameFile = false;
+    {
+        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+        sameFile = m_heldFile && m_heldFile->GetPath() == path;
+        if (sameFile && m_readOnly)
+        {
+            prompter.ShowMessage(inUse, platform::Icon::warning);
+            return false;
+        }
+    }
+    std::unique_ptr<platform::SharedFile> newFile;
+    if (!sameFile)
+    {
+        newFile = platform::SharedFile::OpenShared(path, true);
+        if (!newFile || newFile->IsReadOnly())
+        {
+            prompter.ShowMessage(inUse, platform::Icon::warning);
+            return false;
+        }
+    }
+
+    std::vector<uint8_t> bytes;
+    try
+    {
+        bytes = WriteToBytes();
+    }
+    catch (const std::exception& e)
+    {
+        prompter.ShowMessage(WriteError(path, e.what(), false), platform::Icon::error);
+        return false;
+    }
+
+    {
+        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+        if (newFile)
+        {
+            m_heldFile = std::move(newFile);
+            m_readOnly = false;
+        }
+        else if (!m_heldFile || m_heldFile->GetPath() != path || m_readOnly)
+        {
+            // The held file changed hands while the contents were being taken.
+            prompter.ShowMessage(inUse, platform::Icon::warning);
+            return false;
+        }
+        if (!WriteHeldFile(bytes, true, prompter))
+            return false;
+        m_pathName = path;
+    }
+    if (m_onSaved)
+        m_onSaved();
+    return true;
+}
+
+bool CSharedDoc::WriteHeldFile(const std::vector<uint8_t>& bytes, bool makeBackup,
+                               platform::Prompter& prompter)
+{
+    platform::SharedFile& file = *m_heldFile;
+    const std::string& path = file.GetPath();
+    const std::string backup = BackupPathFor(path);
+    int err = 0;
+    if (makeBackup && !platform::SharedFile::CopyFile(path, backup, &err))
+    {
+        prompter.ShowMessage(platform::FormatPrintf(kCopyError, std::to_string(unsigned(err))),
+                             platform::Icon::error);
+        return false;
+    }
+    if (!file.LockForWriting(&err))
+    {
+        prompter.ShowMessage(WriteError(path, std::strerror(err), true), platform::Icon::error);
+        return false;
+    }
+    const bool written = file.Rewrite(bytes.data(), bytes.size(), &err);
+    file.UnlockAfterWriting();
+    if (!written)
+    {
+        prompter.ShowMessage(WriteError(path, std::strerror(err), true), platform::Icon::error);
+        return false;
+    }
+    platform::SharedFile::DeleteFile(backup);
+    return true;
+}
+
+bool CSharedDoc::RestoreFromBackup(const std::string& path, platform::Prompter& prompter)
+{
+    const std::string backup = BackupPathFor(path);
+    std::vector<uint8_t> bytes;
+    if (!ReadPlainFile(backup, bytes))
+    {
+        prompter.ShowMessage(platform::FormatPrintf(kOpenError, backup), platform::Icon::error);
+        return false;
+    }
+
+    CloseHeldFile();
+    std::unique_ptr<platform::SharedFile> file = platform::SharedFile::OpenShared(path, false);
+    if (!file)
+        file = platform::SharedFile::OpenShared(path, true); // the damaged file is gone: recreate it
+    if (!file)
+    {
+        prompter.ShowMessage(platform::FormatPrintf(kOpenError, path), platform::Icon::error);
+        return false;
+    }
+    const bool readOnly = file->IsReadOnly();
+    if (readOnly)
+        prompter.ShowMessage(platform::FormatPrintf(kReadOnlyNotice, path), platform::Icon::warning);
+    {
+        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+        m_readOnly = readOnly;
+        m_heldFile = std::move(file);
+    }
+    if (!ReadFromBytes(bytes, prompter))
+    {
+        CloseHeldFile();
+        return false;
+    }
+    std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+    m_pathName = path;
+    // Written back as it was read, so the file holds exactly what the document shows.
+    // When that fails the message says so and the backup stays; the document is open.
+    if (!readOnly)
+        WriteHeldFile(bytes, false, prompter);
+    return true;
+}

@@ -2,8 +2,11 @@
 
 #include "platform/prompter.h"
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -26,13 +29,35 @@ public:
     void SetPathName(const std::string& path) { m_pathName = path; }
     bool IsReadOnly() const { return m_readOnly; }
     bool HoldsFile() const { return m_heldFile != nullptr; }
+    // Save has to ask for a name first: the document has no path yet, or its file is
+    // held read-only (another copy holds it for updating).
+    bool SaveNeedsNewName() const { return m_pathName.empty() || m_readOnly; }
 
     // Opens and reads the document at `path`. Messages go through `prompter`.
     bool OnOpenDocument(const std::string& path, platform::Prompter& prompter);
-    // Saves to `path` (the held file when it is the same path). Messages go through `prompter`.
+    // Saves to `path` (the held file when it is the same path). Messages go through
+    // `prompter`. A file held read-only is refused with the in-use message: the caller
+    // then asks for another name (Save turns into Save As). On success the document's
+    // path becomes `path`; the modified flag is the caller's to clear.
     bool OnSaveDocument(const std::string& path, platform::Prompter& prompter);
     // Releases the held file (new document, close, before opening another).
     void CloseHeldFile();
+
+    // Told after every successful save, whoever asked for it.
+    std::function<void()> m_onSaved;
+
+    // Where the copy of the previous contents stays while a save is under way.
+    static std::string BackupPathFor(const std::string& path);
+    // A backup beside `path` that was left by an interrupted or failed save.
+    static bool HasBackup(const std::string& path);
+    // The question to ask when `path` could not be read and HasBackup(path) holds.
+    static std::string BackupQuestion(const std::string& path);
+    // After OnOpenDocument(path) failed: reads the backup beside `path`; when it loads,
+    // the document holds `path` again and the backup's contents are written back into
+    // it, after which the backup is removed. When another copy holds `path`, the
+    // backup's contents are shown read-only and nothing on disk changes. False (with a
+    // message) when the backup cannot be read or loaded either.
+    bool RestoreFromBackup(const std::string& path, platform::Prompter& prompter);
 
 protected:
     // The document's own reading and writing of its whole contents.
@@ -41,5 +66,16 @@ protected:
 
     std::string m_pathName;
     std::unique_ptr<platform::SharedFile> m_heldFile;
-    bool m_readOnly = false;
+    std::atomic<bool> m_readOnly{false};
+
+private:
+    // Writes `bytes` into the held file the safe way: backup, lock, rewrite, sync, unlock,
+    // remove the backup. `makeBackup` is off when the backup is the source itself.
+    bool WriteHeldFile(const std::vector<uint8_t>& bytes, bool makeBackup,
+                       platform::Prompter& prompter);
+
+    // Serialises the file operations of the user's thread and the automatic save. The
+    // contents are taken (WriteToBytes, under the document lock) before it is locked, so
+    // it is never held while waiting for the document lock.
+    std::recursive_mutex m_fileMutex;
 };
