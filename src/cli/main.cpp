@@ -1,1 +1,117 @@
-int main() { return 0; }
+// qvx: the command line over Quorvane Time & Expense documents.
+
+#include "cli/commands.h"
+
+#include "model/archive.h"
+
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+
+namespace cli
+{
+
+const Command* CommandTable::Find(const std::vector<std::string>& argv, size_t& wordsUsed) const
+{
+    const Command* best = nullptr;
+    size_t bestWords = 0;
+    for (const Command& c : m_commands)
+    {
+        std::istringstream words(c.name);
+        std::string word;
+        size_t n = 0;
+        bool match = true;
+        while (words >> word)
+        {
+            if (n >= argv.size() || argv[n] != word)
+            {
+                match = false;
+                break;
+            }
+            ++n;
+        }
+        if (match && n > bestWords)
+        {
+            best = &c;
+            bestWords = n;
+        }
+    }
+    wordsUsed = bestWords;
+    return best;
+}
+
+namespace
+{
+void PrintUsage(const CommandTable& table, std::ostream& out)
+{
+    out << "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no]\n\n"
+           "Commands:\n";
+    for (const Command& c : table.All())
+        out << "  qvx " << c.name << " " << c.usage << "\n      " << c.summary << "\n";
+    out << "\n--yes / --no answer every question the command would ask; without them\n"
+           "questions are asked on the terminal.\n";
+}
+} // namespace
+
+} // namespace cli
+
+int main(int argc, char** argv)
+{
+    using namespace cli;
+    CommandTable table;
+    RegisterFileCommands(table);
+
+    std::vector<std::string> args;
+    TerminalPrompter::Preset preset = TerminalPrompter::Preset::none;
+    for (int i = 1; i < argc; ++i)
+    {
+        const std::string a = argv[i];
+        if (a == "--yes")
+            preset = TerminalPrompter::Preset::yes;
+        else if (a == "--no")
+            preset = TerminalPrompter::Preset::no;
+        else
+            args.push_back(a);
+    }
+    if (args.empty() || args[0] == "help" || args[0] == "--help" || args[0] == "-h")
+    {
+        PrintUsage(table, args.empty() ? std::cerr : std::cout);
+        return args.empty() ? 2 : 0;
+    }
+
+    size_t used = 0;
+    const Command* command = table.Find(args, used);
+    if (!command)
+    {
+        std::cerr << "qvx: unknown command '" << args[0] << "' (qvx help lists the commands)\n";
+        return 2;
+    }
+
+    TerminalPrompter prompter(preset);
+    Context ctx{std::vector<std::string>(args.begin() + long(used), args.end()), prompter};
+    try
+    {
+        return command->run(ctx);
+    }
+    catch (const UsageError& e)
+    {
+        std::cerr << "qvx " << command->name << ": " << e.what() << "\n"
+                  << "usage: qvx " << command->name << " " << command->usage << "\n";
+        return 2;
+    }
+    catch (const CommandError& e)
+    {
+        std::cerr << "qvx " << command->name << ": " << e.what() << "\n";
+        return 1;
+    }
+    catch (const std::bad_alloc&)
+    {
+        std::cerr << "qvx " << command->name << ": out of memory\n";
+        return 1;
+    }
+    catch (const std::exception& e)
+    {
+        std::cerr << "qvx " << command->name << ": " << e.what() << "\n";
+        return 1;
+    }
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "cli/terminalprompter.h"
+#include "model/timekeeperdoc.h"
+
+#include <memory>
+#include <string>
+
+namespace cli
+{
+
+// One document opened by a qvx command. Commands that change a document open it
+// through the shared-file rules and refuse to write when another copy of the
+// program holds it; commands that only read may read a held file.
+class DocSession
+{
+public:
+    explicit DocSession(TerminalPrompter& prompter);
+    ~DocSession();
+
+    // Loads the file for reading only; throws CommandError naming what failed.
+    void OpenForReading(const std::string& path);
+    // Opens the file held for writing; throws CommandError when it is read-only here.
+    void OpenForChange(const std::string& path);
+    // Saves the document to the path it was opened from.
+    void Save();
+    // Saves to a new path (which then becomes the document's).
+    void SaveAs(const std::string& path);
+
+    CTimeKeeperDoc& Doc() { return *m_doc; }
+    TerminalPrompter& Prompter() { return m_prompter; }
+    const std::string& Path() const { return m_path; }
+
+private:
+    [[noreturn]] void FailLoad(const std::string& path, const LoadResult& result);
+
+    TerminalPrompter& m_prompter;
+    std::unique_ptr<CTimeKeeperDoc> m_doc;
+    std::string m_path;
+};
+
+// Reads a whole file; throws CommandError when it cannot.
+std::vector<uint8_t> ReadWholeFile(const std::string& path);
+
+} // namespace cli
