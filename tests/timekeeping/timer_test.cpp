@@ -1,0 +1,314 @@
+#include "timerfixture.h"
+
+#include "model/day.h"
+#include "platform/messages.h"
+
+using Strings = std::vector<std::string>;
+
+TEST_F(TimerTest, StartRoundsToTheIntervalAndBackToBackLeavesNoGap)
+{
+    app.SetTimeInterval(4); // 15 minutes
+    At(9, 7, 29);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    EXPECT_EQ(Entries(), Strings({"09:00-run"}));
+    EXPECT_TRUE(timer.IsRunning());
+    EXPECT_EQ(timer.GetActiveEntry()->m_taskId, website->m_id);
+    EXPECT_EQ(ui.icon, TimerIcon::running);
+    EXPECT_TRUE(ui.ticking);
+    EXPECT_TRUE(doc.IsModified());
+
+    // An exact half rounds up: the first entry ends, the second starts, at 09:15.
+    At(9, 7, 30);
+    ASSERT_EQ(timer.StartTimer(support, 0, ""), 1);
+    EXPECT_EQ(Entries(), Strings({"09:00-09:15", "09:15-run"}));
+    EXPECT_EQ(timer.GetActiveEntry()->m_taskId, support->m_id);
+    EXPECT_EQ(doc.m_recentTasks, std::vector<uint32_t>({support->m_id, website->m_id}));
+    EXPECT_TRUE(prompter.Questions().empty());
+}
+
+TEST_F(TimerTest, NextEntryStartsWhereTheStopEditorEndedThePreviousOne)
+{
+    app.SetShowTimeEntryOnStop(1);
+    At(9, 0);
+    ASSERT_EQ(timer.StartTimer(website, 0, "Layout"), 1);
+    EXPECT_EQ(timer.GetActiveEntry()->m_note, "Layout");
+
+    At(10, 20);
+    ui.edits.push_back([](CDay&, CTimeEntry& e) {
+        e.m_end = CTinyTime(10, 5);
+        e.m_note = "Design review";
+        return 1;
+    });
+    ASSERT_EQ(timer.StartTimer(support, 0, ""), 1);
+    EXPECT_EQ(Entries(), Strings({"09:00-10:05", "10:05-run"}));
+    EXPECT_FALSE(doc.m_editorOpen);
+    // The editor's note becomes the task's last note, which the next start uses.
+    EXPECT_EQ(website->m_lastNote, "Design review");
+    At(11, 0);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    EXPECT_EQ(timer.GetActiveEntry()->m_note, "Design review");
+}
+
+TEST_F(TimerTest, ZeroLengthWithinTheMinuteIsDeletedWithoutAQuestion)
+{
+    app.SetTimeInterval(4);
+    At(9, 0, 10);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    At(9, 0, 20);
+    EXPECT_EQ(timer.StopTimer(true, 0), 1);
+    EXPECT_TRUE(Entries().empty());
+    EXPECT_TRUE(website->m_timeEntries.empty());
+    EXPECT_TRUE(prompter.Questions().empty());
+    EXPECT_FALSE(timer.IsRunning());
+    EXPECT_EQ(ui.icon, TimerIcon::inactive);
+    EXPECT_EQ(ui.tip, "Timer Inactive");
+    EXPECT_FALSE(ui.ticking);
+}
+
+TEST_F(TimerTest, EndBeforeStartIsDeletedWithoutAQuestion)
+{
+    At(9, 0);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    At(8, 58);
+    EXPECT_EQ(timer.StopTimer(true, 0), 1);
+    EXPECT_TRUE(Entries().empty());
+    EXPECT_TRUE(prompter.Questions().empty());
+}
+
+class ZeroLengthQuestion : public TimerTest
+{
+protected:
+    // Start and stop inside one 15-minute interval, a minute apart.
+    int StartAndStop(platform::Answer answer)
+    {
+        app.SetTimeInterval(4);
+        prompter.Script(answer);
+        At(9, 0, 10);
+        EXPECT_EQ(timer.StartTimer(website, 0, ""), 1);
+        At(9, 1, 0);
+        const int result = timer.StopTimer(true, 0);
+        EXPECT_EQ(prompter.Questions(), Strings({platform::LoadString(40002)}));
+        EXPECT_TRUE(prompter.lockHeldWhileAsking);
+        return result;
+    }
+};
+
+TEST_F(ZeroLengthQuestion, YesDeletesTheEntry)
+{
+    EXPECT_EQ(StartAndStop(platform::Answer::yes), 1);
+    EXPECT_TRUE(Entries().empty());
+    EXPECT_FALSE(timer.IsRunning());
+}
+
+TEST_F(ZeroLengthQuestion, NoRoundsTheEndToTheMinute)
+{
+    EXPECT_EQ(StartAndStop(platform::Answer::no), 1);
+    EXPECT_EQ(Entries(), Strings({"09:00-09:01"}));
+    EXPECT_FALSE(timer.IsRunning());
+}
+
+TEST_F(ZeroLengthQuestion, CancelKeepsTheTimerRunning)
+{
+    EXPECT_EQ(StartAndStop(platform::Answer::cancel), 0);
+    EXPECT_EQ(Entries(), Strings({"09:00-run"}));
+    EXPECT_TRUE(timer.IsRunning());
+    EXPECT_TRUE(ui.ticking);
+    EXPECT_EQ(ui.icon, TimerIcon::running);
+}
+
+TEST_F(TimerTest, PauseClosesToTheMinuteAndResumeReopensOnTheSameTask)
+{
+    app.SetTimeInterval(4);
+    At(9, 0);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    PauseMenuState menu = timer.GetPauseMenuState();
+    EXPECT_TRUE(menu.enabled);
+    EXPECT_FALSE(menu.checked);
+    EXPECT_EQ(menu.text, "Pa&use Timer\tCtrl+U");
+
+    At(9, 32, 10);
+    ASSERT_EQ(timer.PauseResumeTimer(), 1);
+    EXPECT_EQ(Entries(), Strings({"09:00-09:32"}));
+    EXPECT_FALSE(timer.IsRunning());
+    EXPECT_TRUE(timer.IsPaused());
+    EXPECT_EQ(timer.GetPausedTask(), website);
+    EXPECT_EQ(ui.icon, TimerIcon::paused);
+    EXPECT_EQ(ui.tip, "Acme/Website Paused");
+    menu = timer.GetPauseMenuState();
+    EXPECT_TRUE(menu.enabled);
+    EXPECT_TRUE(menu.checked);
+    EXPECT_EQ(menu.text, "Res&ume Timer\tCtrl+U");
+
+    At(9, 40, 40);
+    ASSERT_EQ(timer.PauseResumeTimer(), 1);
+    EXPECT_EQ(Entries(), Strings({"09:00-09:32", "09:41-run"}));
+    EXPECT_FALSE(timer.IsPaused());
+    EXPECT_EQ(timer.GetActiveEntry()->m_taskId, website->m_id);
+
+    ASSERT_EQ(timer.StopTimer(true, 0), 1);
+    menu = timer.GetPauseMenuState();
+    EXPECT_FALSE(menu.enabled);
+    EXPECT_FALSE(menu.checked);
+    EXPECT_EQ(menu.text, "Pa&use Timer\tCtrl+U");
+    EXPECT_EQ(timer.PauseResumeTimer(), 0);
+}
+
+TEST_F(TimerTest, ResumeFitsOtherEntriesAroundItWithoutAsking)
+{
+    app.SetTimeInterval(4);
+    At(9, 0);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    At(10, 0);
+    ASSERT_EQ(timer.PauseResumeTimer(), 1);
+    AddEntry(audit, CTinyTime(10, 10), CTinyTime(10, 25));
+
+    // Resumed at 10:23 with the running end at 10:30 (15-minute rounding).
+    At(10, 23);
+    ASSERT_EQ(timer.PauseResumeTimer(), 1);
+    EXPECT_EQ(ui.choiceCalls, 0);
+    EXPECT_EQ(Entries(), Strings({"09:00-10:00", "10:10-10:23", "10:23-run"}));
+}
+
+class StopConflict : public TimerTest
+{
+protected:
+    // Website runs from 09:30; Audit holds 10:00-10:30; the stop at 10:15 overlaps it.
+    int StopOverlapping()
+    {
+        AddEntry(audit, CTinyTime(10, 0), CTinyTime(10, 30));
+        At(9, 30);
+        EXPECT_EQ(timer.StartTimer(website, 0, ""), 1);
+        At(10, 15);
+        return timer.StopTimer(true, 0);
+    }
+};
+
+TEST_F(StopConflict, AdjustOthers)
+{
+    ui.choices = {0};
+    EXPECT_EQ(StopOverlapping(), 1);
+    EXPECT_EQ(Entries(), Strings({"09:30-10:15", "10:15-10:30"}));
+    EXPECT_FALSE(timer.IsRunning());
+}
+
+TEST_F(StopConflict, AdjustThis)
+{
+    ui.choices = {1};
+    EXPECT_EQ(StopOverlapping(), 1);
+    EXPECT_EQ(Entries(), Strings({"09:30-10:00", "10:00-10:30"}));
+}
+
+TEST_F(StopConflict, EditByHandThenOk)
+{
+    ui.choices = {2};
+    ui.edits.push_back([](CDay&, CTimeEntry& e) {
+        e.m_end = CTinyTime(9, 55);
+        return 1;
+    });
+    EXPECT_EQ(StopOverlapping(), 1);
+    EXPECT_EQ(ui.choiceCalls, 1);
+    EXPECT_EQ(Entries(), Strings({"09:30-09:55", "10:00-10:30"}));
+}
+
+TEST_F(StopConflict, EditByHandThenCancelKeepsTheTimerRunning)
+{
+    ui.choices = {2};
+    ui.edits.push_back([](CDay&, CTimeEntry& e) {
+        e.m_start = CTinyTime(8, 0);
+        return 2;
+    });
+    EXPECT_EQ(StopOverlapping(), 0);
+    EXPECT_EQ(Entries(), Strings({"09:30-run", "10:00-10:30"}));
+    EXPECT_TRUE(timer.IsRunning());
+    EXPECT_TRUE(ui.ticking);
+}
+
+TEST_F(TimerTest, StopWhoseEntryIsSwallowedByTheAdjustmentEndsTheTimer)
+{
+    AddEntry(audit, CTinyTime(9, 0), CTinyTime(11, 0));
+    At(9, 30);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    At(10, 15);
+    ui.choices = {1};
+    EXPECT_EQ(timer.StopTimer(true, 0), 1);
+    EXPECT_EQ(Entries(), Strings({"09:00-11:00"}));
+    EXPECT_TRUE(website->m_timeEntries.empty());
+    EXPECT_FALSE(timer.IsRunning());
+}
+
+TEST_F(TimerTest, CancelledStartRestoresTheRunningEntry)
+{
+    app.SetShowTimeEntryOnStart(1);
+    At(9, 0);
+    ui.edits = {ScriptedTimerUi::Ok()};
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    CTimeEntry* first = timer.GetActiveEntry();
+
+    At(10, 0);
+    ui.edits = {ScriptedTimerUi::Cancel()};
+    EXPECT_EQ(timer.StartTimer(support, 0, ""), 0);
+    EXPECT_EQ(Entries(), Strings({"09:00-run"}));
+    EXPECT_EQ(timer.GetActiveEntry(), first);
+    EXPECT_TRUE(support->m_timeEntries.empty());
+    EXPECT_TRUE(ui.ticking);
+    EXPECT_EQ(ui.icon, TimerIcon::running);
+}
+
+TEST_F(TimerTest, CancelledStartRebuildsAnEntryThatTheStopDeleted)
+{
+    app.SetShowTimeEntryOnStart(1);
+    At(9, 0, 10);
+    ui.edits = {[](CDay&, CTimeEntry& e) {
+        e.m_note = "Kick-off";
+        return 1;
+    }};
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+
+    // Within the same minute: the stop deletes the zero-length entry silently.
+    At(9, 0, 20);
+    ui.edits = {ScriptedTimerUi::Cancel()};
+    EXPECT_EQ(timer.StartTimer(support, 0, ""), 0);
+    EXPECT_EQ(Entries(), Strings({"09:00-run"}));
+    ASSERT_TRUE(timer.IsRunning());
+    EXPECT_EQ(timer.GetActiveEntry()->m_taskId, website->m_id);
+    EXPECT_EQ(timer.GetActiveEntry()->m_note, "Kick-off");
+    EXPECT_EQ(website->m_timeEntries, std::vector<CTimeEntry*>({timer.GetActiveEntry()}));
+}
+
+TEST_F(TimerTest, NewEntryResolvedBeforeItIsFiled)
+{
+    AddEntry(audit, CTinyTime(10, 0), CTinyTime(11, 0));
+    CDay* day = doc.GetDay(Date());
+
+    // Trimmed to fit: handed back to the caller, not filed.
+    auto pending = std::make_unique<CTimeEntry>();
+    pending->m_taskId = website->m_id;
+    pending->m_start = CTinyTime(10, 30);
+    pending->m_end = CTinyTime(11, 30);
+    ui.choices = {1};
+    EXPECT_EQ(timer.ResolveTimeConflict(*day, pending), 0);
+    ASSERT_TRUE(pending);
+    EXPECT_EQ(pending->m_start, CTinyTime(11, 0));
+    EXPECT_EQ(Entries(), Strings({"10:00-11:00"}));
+    EXPECT_TRUE(website->m_timeEntries.empty());
+
+    // Inside another entry: consumed.
+    pending->m_start = CTinyTime(10, 15);
+    pending->m_end = CTinyTime(10, 45);
+    ui.choices = {1};
+    EXPECT_EQ(timer.ResolveTimeConflict(*day, pending), 1);
+    EXPECT_FALSE(pending);
+    EXPECT_EQ(Entries(), Strings({"10:00-11:00"}));
+    EXPECT_TRUE(website->m_timeEntries.empty());
+}
+
+TEST_F(TimerTest, DeletingTheRunningEntryElsewhereShowsTheTimerInactive)
+{
+    At(9, 0);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    At(9, 30);
+    doc.UnfileTimeEntry(timer.GetActiveEntry());
+    EXPECT_FALSE(timer.IsRunning());
+    EXPECT_EQ(ui.icon, TimerIcon::inactive);
+    EXPECT_FALSE(ui.ticking);
+}
