@@ -12,6 +12,9 @@ constexpr uint16_t kBigObjectTag = 0x7FFF;
 // Indexes past this are refused: no real document holds that many records, and
 // the table would otherwise grow without bound on a hostile stream.
 constexpr uint32_t kMaxMapCount = 0x3FFFFFFF;
+// Loading index table: the class slot of each index, this bit marking a class index.
+constexpr uint32_t kIsClassBit = 0x80000000;
+constexpr uint32_t kNoClass = 0x7FFFFFFF;
 
 // Windows-1252 bytes 0x80 to 0x9F; the five undefined ones keep their C1 code point.
 const char32_t kCp1252High[32] = {
@@ -167,55 +170,15 @@ CArchive::CArchive(std::vector<uint8_t>& out) : m_out(&out) {}
 CArchive::CArchive(const uint8_t* data, size_t size, ObjectFactory factory)
     : m_data(data), m_size(size), m_factory(std::move(factory))
 {
-    m_loadedIndex.emplace_back();
-    m_indexIsClass.push_back(false);
+    m_loadedIndex.push_back(kNoClass); // index 0: no object
 }
 
 void CArchive::Fail(ArchiveError::Kind kind, const std::string& detail) const
 {
-    throw ArchiveError(kind, m_currentRecord, m_pos, detail);
+    throw ArchiveError(kind, CurrentRecord(), m_pos, detail);
 }
 
-void CArchive::Need(size_t n) const
-{
-    if (n > m_size - m_pos)
-        Fail(ArchiveError::endOfFile, "unexpected end of file");
-}
-
-void CArchive::WriteBytes(const void* p, size_t n)
-{
-    const uint8_t* b = static_cast<const uint8_t*>(p);
-    m_out->insert(m_out->end(), b, b + n);
-}
-
-void CArchive::WriteU8(uint8_t v) { m_out->push_back(v); }
-
-void CArchive::WriteU16(uint16_t v)
-{
-    const uint8_t b[2] = {uint8_t(v), uint8_t(v >> 8)};
-    WriteBytes(b, 2);
-}
-
-void CArchive::WriteU32(uint32_t v)
-{
-    const uint8_t b[4] = {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
-    WriteBytes(b, 4);
-}
-
-void CArchive::WriteF32(float v)
-{
-    uint32_t bits;
-    std::memcpy(&bits, &v, 4);
-    WriteU32(bits);
-}
-
-void CArchive::WriteF64(double v)
-{
-    uint64_t bits;
-    std::memcpy(&bits, &v, 8);
-    WriteU32(uint32_t(bits));
-    WriteU32(uint32_t(bits >> 32));
-}
+void CArchive::FailEndOfFile() const { Fail(ArchiveError::endOfFile, "unexpected end of file"); }
 
 void CArchive::WriteString(std::string_view utf8)
 {
@@ -269,69 +232,47 @@ void CArchive::WriteIdArray(const std::vector<uint32_t>& ids)
         WriteU32(id);
 }
 
+uint32_t CArchive::StoredClassIndex(const char* name) const
+{
+    for (const StoredClass& c : m_storedClasses)
+        if (c.address == name)
+            return c.index;
+    return 0;
+}
+
 void CArchive::WriteObject(CObject& obj)
 {
-    const std::string name = obj.GetClassName();
-    auto it = m_storedClasses.find(name);
-    if (it == m_storedClasses.end())
+    const char* name = obj.GetClassName();
+    uint32_t classIndex = StoredClassIndex(name);
+    if (classIndex == 0)
     {
+        // The same name may live at another address (another translation unit).
+        for (const StoredClass& c : m_storedClasses)
+            if (c.name == name)
+            {
+                classIndex = c.index;
+                m_storedClasses.push_back({name, c.name, c.index});
+                break;
+            }
+    }
+    if (classIndex == 0)
+    {
+        const size_t len = std::strlen(name);
         WriteU16(kNewClassTag);
         WriteU16(0); // schema: versioning lives in each body's own version field
-        WriteU16(uint16_t(name.size()));
-        WriteBytes(name.data(), name.size());
-        m_storedClasses.emplace(name, m_mapCount++);
+        WriteU16(uint16_t(len));
+        WriteBytes(name, len);
+        m_storedClasses.push_back({name, std::string(name, len), m_mapCount++});
     }
-    else if (it->second < kBigObjectTag)
-        WriteU16(uint16_t(kClassTag | it->second));
+    else if (classIndex < kBigObjectTag)
+        WriteU16(uint16_t(kClassTag | classIndex));
     else
     {
         WriteU16(kBigObjectTag);
-        WriteU32(kBigClassTag | it->second);
+        WriteU32(kBigClassTag | classIndex);
     }
     ++m_mapCount; // the object takes the next index
     obj.Serialize(*this);
-}
-
-uint8_t CArchive::ReadU8()
-{
-    Need(1);
-    return m_data[m_pos++];
-}
-
-uint16_t CArchive::ReadU16()
-{
-    Need(2);
-    const uint16_t v = uint16_t(m_data[m_pos] | (m_data[m_pos + 1] << 8));
-    m_pos += 2;
-    return v;
-}
-
-uint32_t CArchive::ReadU32()
-{
-    Need(4);
-    const uint8_t* p = m_data + m_pos;
-    const uint32_t v = uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) |
-                       (uint32_t(p[3]) << 24);
-    m_pos += 4;
-    return v;
-}
-
-float CArchive::ReadF32()
-{
-    const uint32_t bits = ReadU32();
-    float v;
-    std::memcpy(&v, &bits, 4);
-    return v;
-}
-
-double CArchive::ReadF64()
-{
-    const uint64_t lo = ReadU32();
-    const uint64_t hi = ReadU32();
-    const uint64_t bits = lo | (hi << 32);
-    double v;
-    std::memcpy(&v, &bits, 8);
-    return v;
 }
 
 uint32_t CArchive::ReadLengthPrefix(bool& unicode)
@@ -426,27 +367,52 @@ uint32_t CArchive::ReadVersion(const char* record, uint32_t lowest, uint32_t hig
 
 std::unique_ptr<CObject> CArchive::ReadObject(std::string_view expected)
 {
-    return ReadObject(std::vector<std::string_view>{expected});
+    return ReadObject(&expected, 1);
 }
 
 std::unique_ptr<CObject> CArchive::ReadObject(const std::vector<std::string_view>& accepted)
 {
+    return ReadObject(accepted.data(), accepted.size());
+}
+
+std::unique_ptr<CObject> CArchive::ReadObject(const std::string_view* accepted, size_t count)
+{
+    auto isAccepted = [&](std::string_view name) {
+        for (size_t i = 0; i < count; ++i)
+            if (accepted[i] == name)
+                return true;
+        return false;
+    };
+    const std::string expectedName = count ? std::string(accepted[0]) : std::string("record");
+
     const uint64_t tagAt = m_pos;
     const uint16_t wTag = ReadU16();
-    std::string className;
-    uint32_t obTag = 0;
+    uint32_t classSlot = kNoClass;
     bool newClass = false;
     if (wTag == kNewClassTag)
     {
         ReadU16(); // schema number: any value is accepted
         const uint16_t nameLen = ReadU16();
         Need(nameLen);
-        className.assign(reinterpret_cast<const char*>(m_data + m_pos), nameLen);
+        const std::string_view name(reinterpret_cast<const char*>(m_data + m_pos), nameLen);
         m_pos += nameLen;
+        if (!isAccepted(name))
+            throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
+                               "found a " + (name.empty() ? std::string("nameless") : std::string(name)) +
+                                   " record where a " + expectedName + " was expected");
+        for (uint32_t i = 0; i < m_loadedClasses.size(); ++i)
+            if (m_loadedClasses[i] == name)
+                classSlot = i;
+        if (classSlot == kNoClass)
+        {
+            classSlot = uint32_t(m_loadedClasses.size());
+            m_loadedClasses.emplace_back(name);
+        }
         newClass = true;
     }
     else
     {
+        uint32_t obTag;
         if (wTag == kBigObjectTag)
             obTag = ReadU32();
         else
@@ -455,55 +421,47 @@ std::unique_ptr<CObject> CArchive::ReadObject(const std::vector<std::string_view
         if (obTag & kBigClassTag)
         {
             const uint32_t classIndex = obTag & ~kBigClassTag;
-            if (classIndex == 0 || classIndex >= m_loadedIndex.size() || !m_indexIsClass[classIndex])
-                throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+            if (classIndex == 0 || classIndex >= m_loadedIndex.size() ||
+                !(m_loadedIndex[classIndex] & kIsClassBit))
+                throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
                                    "class index " + std::to_string(classIndex) +
                                        " was not registered");
-            className = m_loadedIndex[classIndex];
+            classSlot = m_loadedIndex[classIndex] & ~kIsClassBit;
+            if (!isAccepted(m_loadedClasses[classSlot]))
+                throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
+                                   "found a " + m_loadedClasses[classSlot] + " record where a " +
+                                       expectedName + " was expected");
         }
         else
         {
             if (obTag == kNullTag)
                 return nullptr;
-            if (obTag >= m_loadedIndex.size() || m_indexIsClass[obTag])
-                throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+            if (obTag >= m_loadedIndex.size() || (m_loadedIndex[obTag] & kIsClassBit))
+                throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
                                    "object index " + std::to_string(obTag) +
                                        " was not registered");
-            bool ok = false;
-            for (std::string_view a : accepted)
-                ok = ok || a == m_loadedIndex[obTag];
-            if (!ok)
-                throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
-                                   "reference to a " + m_loadedIndex[obTag] + " where a " +
-                                       std::string(accepted.front()) + " was expected");
+            const std::string& refClass = m_loadedClasses[m_loadedIndex[obTag]];
+            if (!isAccepted(refClass))
+                throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
+                                   "reference to a " + refClass + " where a " + expectedName +
+                                       " was expected");
             return nullptr;
         }
     }
 
-    bool ok = false;
-    for (std::string_view a : accepted)
-        ok = ok || a == className;
-    if (!ok)
-        throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
-                           "found a " + (className.empty() ? std::string("nameless") : className) +
-                               " record where a " + std::string(accepted.front()) +
-                               " was expected");
+    const std::string& className = m_loadedClasses[classSlot];
     std::unique_ptr<CObject> obj = m_factory ? m_factory(className) : nullptr;
     if (!obj)
-        throw ArchiveError(ArchiveError::badClass, m_currentRecord, tagAt,
+        throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
                            "unknown record class " + className);
     if (m_loadedIndex.size() >= kMaxMapCount)
         Fail(ArchiveError::badFormat, "too many objects in the stream");
     if (newClass)
-    {
-        m_loadedIndex.push_back(className);
-        m_indexIsClass.push_back(true);
-    }
-    m_loadedIndex.push_back(className);
-    m_indexIsClass.push_back(false);
+        m_loadedIndex.push_back(classSlot | kIsClassBit);
+    m_loadedIndex.push_back(classSlot);
 
-    const std::string outer = m_currentRecord;
-    m_currentRecord = className;
+    const std::string* outer = m_currentRecord;
+    m_currentRecord = &className;
     obj->Serialize(*this);
     m_currentRecord = outer;
     return obj;

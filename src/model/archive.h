@@ -2,13 +2,15 @@
 
 #include "model/datetime.h"
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 class CArchive;
@@ -54,7 +56,8 @@ private:
 using ObjectFactory = std::function<std::unique_ptr<CObject>(std::string_view className)>;
 
 // Reader and writer of the object-archive byte stream. Texts are UTF-8 in memory
-// and Windows-1252 in the stream.
+// and Windows-1252 in the stream. The fixed-size readers and writers are inline:
+// a large document runs them tens of millions of times.
 class CArchive
 {
 public:
@@ -66,11 +69,11 @@ public:
     bool IsStoring() const { return m_out != nullptr; }
     bool IsLoading() const { return m_out == nullptr; }
 
-    void WriteU8(uint8_t v);
-    void WriteU16(uint16_t v);
-    void WriteU32(uint32_t v);
-    void WriteF32(float v);
-    void WriteF64(double v);
+    void WriteU8(uint8_t v) { m_out->push_back(v); }
+    void WriteU16(uint16_t v) { WriteLittle(v); }
+    void WriteU32(uint32_t v) { WriteLittle(v); }
+    void WriteF32(float v) { WriteLittle(std::bit_cast<uint32_t>(v)); }
+    void WriteF64(double v) { WriteLittle(std::bit_cast<uint64_t>(v)); }
     void WriteString(std::string_view utf8);
     void WriteDate(const CDateTime& d);
     void WriteCount(uint32_t count);
@@ -78,11 +81,15 @@ public:
     // Emits the class tag (described on first use, then by index) and the body.
     void WriteObject(CObject& obj);
 
-    uint8_t ReadU8();
-    uint16_t ReadU16();
-    uint32_t ReadU32();
-    float ReadF32();
-    double ReadF64();
+    uint8_t ReadU8()
+    {
+        Need(1);
+        return m_data[m_pos++];
+    }
+    uint16_t ReadU16() { return ReadLittle<uint16_t>(); }
+    uint32_t ReadU32() { return ReadLittle<uint32_t>(); }
+    float ReadF32() { return std::bit_cast<float>(ReadLittle<uint32_t>()); }
+    double ReadF64() { return std::bit_cast<double>(ReadLittle<uint64_t>()); }
     std::string ReadString();
     CDateTime ReadDate();
     // 32-bit seconds since 1970 UTC, as local time; 0 reads as a null date when `zeroIsNull`.
@@ -108,15 +115,52 @@ public:
     uint64_t GetOffset() const { return m_pos; }
     size_t GetSize() const { return m_size; }
     bool AtEnd() const { return m_pos >= m_size; }
+    // Bytes not read yet.
+    size_t Remaining() const { return m_size - m_pos; }
     // Name of the record whose body is being read, for error messages.
-    const std::string& CurrentRecord() const { return m_currentRecord; }
+    const std::string& CurrentRecord() const { return m_currentRecord ? *m_currentRecord : m_noRecord; }
 
     [[noreturn]] void Fail(ArchiveError::Kind kind, const std::string& detail) const;
 
 private:
-    void Need(size_t n) const;
-    void WriteBytes(const void* p, size_t n);
+    void Need(size_t n) const
+    {
+        if (n > m_size - m_pos) [[unlikely]]
+            FailEndOfFile();
+    }
+    [[noreturn]] void FailEndOfFile() const;
+    void WriteBytes(const void* p, size_t n)
+    {
+        const size_t at = m_out->size();
+        m_out->resize(at + n);
+        std::memcpy(m_out->data() + at, p, n);
+    }
+    template <class T> void WriteLittle(T v)
+    {
+        if constexpr (std::endian::native != std::endian::little)
+            v = ByteSwap(v);
+        WriteBytes(&v, sizeof v);
+    }
+    template <class T> T ReadLittle()
+    {
+        Need(sizeof(T));
+        T v;
+        std::memcpy(&v, m_data + m_pos, sizeof v);
+        m_pos += sizeof v;
+        if constexpr (std::endian::native != std::endian::little)
+            v = ByteSwap(v);
+        return v;
+    }
+    template <class T> static T ByteSwap(T v)
+    {
+        T r = 0;
+        for (size_t i = 0; i < sizeof v; ++i)
+            r = T((r << 8) | ((v >> (8 * i)) & 0xFF));
+        return r;
+    }
     uint32_t ReadLengthPrefix(bool& unicode);
+    std::unique_ptr<CObject> ReadObject(const std::string_view* accepted, size_t count);
+    uint32_t StoredClassIndex(const char* name) const;
 
     std::vector<uint8_t>* m_out = nullptr;
     const uint8_t* m_data = nullptr;
@@ -126,11 +170,20 @@ private:
 
     // Index 0 stands for no object; classes and objects share one running index.
     uint32_t m_mapCount = 1;
-    std::unordered_map<std::string, uint32_t> m_storedClasses;
-    // Loading: the class name of every registered index (objects carry their class's name).
-    std::vector<std::string> m_loadedIndex;
-    std::vector<bool> m_indexIsClass;
-    std::string m_currentRecord;
+    // Storing: classes already described, found by the address of their name first.
+    struct StoredClass
+    {
+        const char* address;
+        std::string name;
+        uint32_t index;
+    };
+    std::vector<StoredClass> m_storedClasses;
+    // Loading: the classes met so far (stable addresses), and for every registered
+    // index the slot of its class in that list, with kIsClassBit set for a class index.
+    std::deque<std::string> m_loadedClasses;
+    std::vector<uint32_t> m_loadedIndex;
+    const std::string* m_currentRecord = nullptr;
+    std::string m_noRecord;
 };
 
 // Windows-1252 <-> UTF-8. Characters without a Windows-1252 form become "?".

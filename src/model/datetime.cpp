@@ -49,7 +49,8 @@ CDateTime CDateTime::FromDate(int year, int month, int day, int hour, int minute
         return CDateTime(0.0, invalid);
     const int64_t days = DaysFromCivil(year, month, day) + kOleEpochOffset;
     const double fraction = (hour * 3600 + minute * 60 + second) / double(kSecondsPerDay);
-    return CDateTime(double(days) + fraction, valid);
+    // Before the OLE epoch the fraction still counts forward from the day's start.
+    return CDateTime(days < 0 ? double(days) - fraction : double(days) + fraction, valid);
 }
 
 CDateTime CDateTime::FromUnixLocal(uint32_t seconds)
@@ -96,9 +97,13 @@ CDateTime CDateTime::FromTotalSeconds(int64_t seconds)
 
 CDateTime::Civil CDateTime::ToCivil() const
 {
-    int64_t total = TotalSeconds();
-    int64_t days = total >= 0 ? total / kSecondsPerDay : -((-total + kSecondsPerDay - 1) / kSecondsPerDay);
-    int64_t secs = total - days * kSecondsPerDay;
+    // An OLE date's integer part is the day and the magnitude of its fraction the time
+    // of day, also below zero: -1.25 is 29 December 1899 06:00.
+    const int64_t total = std::llround(std::fabs(m_dt) * kSecondsPerDay);
+    int64_t days = total / kSecondsPerDay;
+    const int64_t secs = total % kSecondsPerDay;
+    if (m_dt < 0)
+        days = -days;
     Civil c{};
     CivilFromDays(days - kOleEpochOffset, c.year, c.month, c.day);
     c.hour = static_cast<int>(secs / 3600);
@@ -116,9 +121,9 @@ int CDateTime::GetSecond() const { return ToCivil().second; }
 
 int CDateTime::GetDayOfWeek() const
 {
-    const int64_t days = static_cast<int64_t>(std::floor(m_dt));
-    // OLE day 0 (1899-12-30) was a Saturday.
-    int64_t dow = (days + 6) % 7; // 0 = Sunday
+    const Civil c = ToCivil();
+    // 1970-01-01 was a Thursday (5 in 1 = Sunday numbering).
+    int64_t dow = (DaysFromCivil(c.year, c.month, c.day) + 4) % 7;
     if (dow < 0)
         dow += 7;
     return static_cast<int>(dow) + 1;

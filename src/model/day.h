@@ -4,6 +4,7 @@
 #include "model/entry.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_set>
@@ -31,9 +32,10 @@ public:
         return m_timeEntries.empty() && m_expenseEntries.empty() && m_todoEntries.empty();
     }
 
-    // Refused (false, nothing changes) when the entry conflicts with another of the day.
-    // `now` is the moment that stands for a running entry's end.
-    bool AddTimeEntry(std::unique_ptr<CTimeEntry> entry, const CDateTime& now);
+    // Refused (false, nothing changes: `entry` stays with the caller) when the entry
+    // conflicts with another of the day. `now` is the moment that stands for a running
+    // entry's end.
+    bool AddTimeEntry(std::unique_ptr<CTimeEntry>&& entry, const CDateTime& now);
     // Files the entry at its place in start order, without the conflict test.
     CTimeEntry* InsertTimeEntry(std::unique_ptr<CTimeEntry> entry);
     CExpenseEntry* AddExpenseEntry(std::unique_ptr<CExpenseEntry> entry);
@@ -43,6 +45,16 @@ public:
     std::unique_ptr<CTimeEntry> RemoveTimeEntry(const CTimeEntry* entry);
     std::unique_ptr<CExpenseEntry> RemoveExpenseEntry(const CExpenseEntry* entry);
     std::unique_ptr<CToDoEntry> RemoveToDoEntry(const CToDoEntry* entry);
+
+    // Takes out every entry for which `remove` answers true, walking each list from
+    // last to first; their day is cleared and they are appended to `removed`.
+    void ExtractEntries(const std::function<bool(const CEntry&)>& remove,
+                        std::vector<std::unique_ptr<CEntry>>& removed);
+
+    // Start and end of a time entry as minutes from this day's 00:00: a null end counts
+    // as `now` (which may lie on another day), 24:00 as 1440.
+    int StartMinutes(const CTimeEntry& e) const { return e.m_start.MinutesOfDay(); }
+    int64_t EndMinutes(const CTimeEntry& e, const CDateTime& now) const;
 
     // Start and end of a time entry as moments of this day; a null end counts as `now`,
     // 24:00 as the next day at 00:00.

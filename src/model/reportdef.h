@@ -139,4 +139,9 @@ public:
     double m_taxRate = 0.0;
     uint32_t m_numberMode = 0; // 0 use next number, 1 use this number
     int32_t m_invoiceNumber = 0;
+
+private:
+    // Read as the base class alone (class name "CReport"): only the common members are
+    // stored; once read it takes the kind it stores.
+    bool m_baseLayout = false;
 };

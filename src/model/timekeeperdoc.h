@@ -16,6 +16,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 // What changed, so that views refill only what they show.
@@ -75,6 +76,18 @@ public:
     // Reads the document body from `ar` (used by LoadFromBytes).
     void ReadDocument(CArchive& ar, platform::Prompter& prompter, LoadResult& result);
     static std::unique_ptr<CObject> CreateRecord(std::string_view className);
+    // How the last LoadFromBytes ended (its error text names the record and offset).
+    const LoadResult& GetLastLoadResult() const { return m_lastLoad; }
+
+    // Archiving. The archive file's contents: the selective form with `taskId` as the
+    // selection (the root task selects everything) and [from, to] as the range (a null
+    // end is open).
+    std::vector<uint8_t> WriteSelection(const CDateTime& from, const CDateTime& to, uint32_t taskId);
+    // Deletes what an archive of the same arguments holds: the time, expense and completed
+    // to-do entries of the task and those below it in the days of the range, and, only
+    // without a "to" end, their outstanding to-do entries. A running entry among them
+    // stops the timer first. Marks the document modified and updates the views.
+    void DeleteArchivedEntries(const CDateTime& from, const CDateTime& to, uint32_t taskId);
 
     // Modified flag and views.
     bool IsModified() const { return m_modified; }
@@ -99,6 +112,9 @@ public:
     // Level names.
     std::string GetLevelName(uint32_t level) const;
     void SetLevelName(uint32_t level, const std::string& name);
+
+    // Ids of the given tasks and of every task below them (unknown ids are skipped).
+    std::unordered_set<uint32_t> GetSubtreeIds(const std::vector<uint32_t>& taskIds) const;
 
     // Lookups (nullptr when absent).
     CTask* GetTask(uint32_t id) const;
@@ -148,7 +164,9 @@ public:
     CProject* AddProject(std::unique_ptr<CProject> project);
     void DeleteProject(uint32_t id);
 
-    // Entries. Filing links the entry to its day and its task's list.
+    // Entries. Filing links the entry to its day and its task's list. These building
+    // blocks neither mark the document modified nor update the views: their callers do,
+    // once the whole change is made.
     CTimeEntry* FileTimeEntry(CDay* day, std::unique_ptr<CTimeEntry> entry);
     CExpenseEntry* FileExpenseEntry(CDay* day, std::unique_ptr<CExpenseEntry> entry);
     CToDoEntry* FileCompletedToDo(CDay* day, std::unique_ptr<CToDoEntry> entry);
@@ -161,10 +179,14 @@ public:
     // Moves an entry to another task; it stays in its day.
     void ChangeEntryTask(CEntry* entry, CTask* newTask);
     // Adjusts time entry `a` against the conflicting entry `b` of the same day:
-    // deletes, splits or trims `a`. Returns false when `a` was deleted.
+    // deletes, splits or trims `a`. Returns false when `a` was deleted. Marks the
+    // document modified; the caller updates the views once the day is settled.
     bool AdjustTimeEntry(CTimeEntry* a, const CTimeEntry* b);
-    // Completes an outstanding to-do on `date` (files it in that day).
+    // Completes an outstanding to-do on `date` (files it in that day); a completed one
+    // moves to the day of `date`.
     void CompleteToDo(CToDoEntry* todo, const CDateTime& date);
+    // Takes a completed to-do out of its day back into the outstanding list.
+    void ReopenToDo(CToDoEntry* todo);
     // Moves an expense to another date; nothing happens for the same date.
     void MoveExpense(CExpenseEntry* expense, const CDateTime& date);
 
@@ -216,6 +238,23 @@ protected:
 private:
     void LinkTask(CTask* task, CTask* parent);
     void UnlinkTask(CTask* task);
+    // Reading: the two layouts and the steps they share.
+    void ReadCurrentLayout(CArchive& ar, uint32_t version);
+    void ReadOldLayout(CArchive& ar, uint32_t version);
+    void ReadTasks(CArchive& ar, uint32_t count);
+    void ReadReports(CArchive& ar, uint32_t count);
+    void ReadDays(CArchive& ar, uint32_t count);
+    void ReadCatalogs(CArchive& ar);
+    void ReadToDoList(CArchive& ar);
+    void LinkAllTasks();
+    // The task an entry read from a file belongs to; an unknown id gives the root.
+    CTask* OwnerForRead(CEntry& entry);
+    // Takes destroyed entries out of their tasks' lists, all at once.
+    void DetachFromTasks(const std::vector<std::unique_ptr<CEntry>>& entries);
+
+    LoadResult m_lastLoad;
+    // Reading: the last task looked up (entries of one task tend to come together).
+    CTask* m_readTask = nullptr;
 
     mutable std::recursive_mutex m_lock;
     std::atomic<bool> m_modified{false};
