@@ -1,7 +1,9 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace platform
 {
@@ -9,6 +11,12 @@ namespace platform
 // The per-user settings store: an INI file with sections ("Settings", "Tip",
 // "Recent File List"), written atomically (temporary file, then rename).
 // A store with an empty path lives in memory only (tests).
+//
+// The desktop program and qvx share the file, so a save writes only the values this
+// store changed on top of what the file holds by then: a key that another program
+// changed meanwhile keeps its new value unless this one changed it too.
+// Line breaks, backslashes and other control characters in keys and values are
+// written as escapes (\n, \r, \t, \\, \xHH) and read back exactly.
 class SettingsStore
 {
 public:
@@ -21,7 +29,8 @@ public:
     // Reads the file. A missing file is an empty store; an unreadable or corrupt one
     // leaves the store empty (defaults apply) and returns false with a warning text.
     bool Load(std::string* warning = nullptr);
-    // Writes the whole store; returns false with an error text when it cannot.
+    // Writes the file: what it holds now with this store's changes on top. Returns false
+    // with an error text when it cannot; the old file is then left as it was.
     bool Save(std::string* error = nullptr) const;
 
     int GetInt(const std::string& section, const std::string& key, int defaultValue) const;
@@ -34,9 +43,20 @@ public:
 
     const std::string& GetPath() const { return m_path; }
 
+    using Sections = std::map<std::string, std::map<std::string, std::string>>;
+    // The file's text for `sections`, and its reading; false with the number of the
+    // first bad line.
+    static std::string Serialize(const Sections& sections);
+    static bool Parse(const std::string& text, Sections& sections, int* badLine = nullptr);
+
 private:
+    void Changed(const std::string& section, const std::string& key,
+                 const std::optional<std::string>& value);
+
     std::string m_path;
-    std::map<std::string, std::map<std::string, std::string>> m_sections;
+    Sections m_sections;
+    // Values set or removed since the last load or save (nullopt: removed).
+    mutable std::map<std::pair<std::string, std::string>, std::optional<std::string>> m_changes;
 };
 
 } // namespace platform
