@@ -477,6 +477,7 @@ int CTimer::ResolveTimeConflict(CDay& day, std::unique_ptr<CTimeEntry>& pending)
         return 1;
     {
         Lock lock(m_doc.GetLock());
+        pending->m_day = &day;
         if (!day.Conflicts(*pending, pending.get(), m_doc.RoundedNow()))
             return 0;
     }
@@ -513,11 +514,12 @@ int CTimer::AdjustConflicts(CDay& day, std::unique_ptr<CTimeEntry>& pending, int
     if (!pending)
         return 1;
     Lock lock(m_doc.GetLock());
+    // The day adjusts other entries only against an entry that names it.
+    pending->m_day = &day;
     if (choice != 1)
         return AdjustConflicts(day, *pending, 0);
     // The day adjusts only entries it holds: file the new entry for the adjustment and
     // hand it back to the caller afterwards.
-    pending->m_day = nullptr;
     CTimeEntry* filed = m_doc.FileTimeEntry(&day, std::move(pending));
     if (AdjustConflicts(day, *filed, 1) == 1)
         return 1;
@@ -750,28 +752,13 @@ bool CTimer::TaskExists(const CTask* task) const
 
 std::string CTimer::PausedStateKey(const std::string& documentPath)
 {
+    // One document reached by different spellings of its path is one key.
     std::error_code error;
-    const std::filesystem::path canonical = std::filesystem::weakly_canonical(documentPath, error);
-    const std::string path = error ? documentPath : canonical.string();
-    // Characters that the settings file gives a meaning to are escaped.
-    static const char* const kHex = "0123456789ABCDEF";
-    std::string key;
-    for (const char ch : path)
-    {
-        const auto byte = static_cast<unsigned char>(ch);
-        if (byte < 0x20 || byte == 0x7F || ch == '%' || ch == '=' || ch == '[' || ch == ']' || ch == ';'
-            || ch == '#' || ch == ' ' || ch == '"' || ch == '\\')
-        {
-            key += '%';
-            key += kHex[byte >> 4];
-            key += kHex[byte & 0xF];
-        }
-        else
-        {
-            key += ch;
-        }
-    }
-    return key;
+    const std::filesystem::path absolute = std::filesystem::absolute(documentPath, error);
+    if (error)
+        return documentPath;
+    const std::filesystem::path canonical = std::filesystem::weakly_canonical(absolute, error);
+    return error ? absolute.string() : canonical.string();
 }
 
 void CTimer::SavePausedState(platform::SettingsStore& store, const std::string& documentPath) const

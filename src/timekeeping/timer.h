@@ -140,6 +140,7 @@ public:
     // timer runs and the task still exists, and answers whether it did.
     void SavePausedState(platform::SettingsStore& store, const std::string& documentPath) const;
     bool RestorePausedState(const platform::SettingsStore& store, const std::string& documentPath);
+    // The key of a document: its absolute path with links resolved.
     static std::string PausedStateKey(const std::string& documentPath);
 
 private:
