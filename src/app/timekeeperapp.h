@@ -6,7 +6,11 @@
 #include "platform/locale.h"
 #include "platform/settingsstore.h"
 
+#include <atomic>
 #include <string>
+#include <vector>
+
+class CTimeEntry;
 
 // The application object: the user's settings (cached ones read at start-up and
 // written at exit, the others read on demand), the pictures taken from the locale,
@@ -17,9 +21,22 @@ public:
     CTimeKeeperApp(platform::SettingsStore& store, const platform::Clock& clock,
                    platform::LocaleInfo locale);
 
-    // Cached settings ("Settings" section).
+    static constexpr const char* kSettings = "Settings";
+    static constexpr const char* kTip = "Tip";
+    static constexpr const char* kRecentFileList = "Recent File List";
+    static constexpr int kRecentFileCount = 4;
+
+    // Start-up: the recent-file list, every cached setting (absent keys take their
+    // defaults), then the column-width check.
     void LoadSettings();
-    void SaveSettings();
+    // Writes every cached setting and the recent-file list and saves the store. False
+    // with an error text when the store cannot be written.
+    bool SaveSettings(std::string* error = nullptr);
+    // Deletes every column-width group whose keys all read 0, so that the next read of
+    // those keys yields the built-in widths.
+    void CheckColumnWidths();
+    // The text of the last failed write of the store (empty when the last one worked).
+    const std::string& GetSettingsError() const { return m_settingsError; }
 
     int GetListType() const { return m_listType; }
     void SetListType(int v) { m_listType = v; }
@@ -53,8 +70,9 @@ public:
     void SetTab(int v) { m_tab = v; }
     int GetHideInactive() const { return m_hideInactive; }
     void SetHideInactive(int v) { m_hideInactive = v; }
-    int GetAutoSave() const { return m_autoSave; }
-    void SetAutoSave(int v) { m_autoSave = v; }
+    // Read by the automatic-save thread as well.
+    int GetAutoSave() const { return m_autoSave.load(); }
+    void SetAutoSave(int v) { m_autoSave.store(v); }
     int GetHideWhenMinimized() const { return m_hideWhenMinimized; }
     void SetHideWhenMinimized(int v) { m_hideWhenMinimized = v; }
 
@@ -73,6 +91,36 @@ public:
     void SetDefaultTaxRate(double v);
     int GetInvoiceNumber() const;
     void SetInvoiceNumber(int v);
+    // Any other key of section "Settings" (window placement, pane sizes, column widths).
+    int GetProfileInt(const std::string& key, int defaultValue) const;
+    void WriteProfileInt(const std::string& key, int value);
+
+    // Printed-page margins, in thousandths of an inch (U.S. measure) or hundredths of a
+    // millimetre (metric). When the stored measure is not the locale's, all four are the
+    // locale's defaults (750 or 2000), whatever is stored.
+    void GetPageMargins(int& left, int& top, int& right, int& bottom) const;
+    void SetPageMargins(int left, int top, int right, int bottom);
+    // The measure the margins were stored in ("PageMeasure", default the locale's).
+    int GetPageMeasure() const;
+    // Records the locale's measure as the margins' measure.
+    void SavePageMeasure();
+    static int DefaultPageMargin(int measurementSystem) { return measurementSystem == 1 ? 750 : 2000; }
+
+    // Section "Tip".
+    // 1: do not show tips at start-up.
+    int GetTipStartUp() const;
+    void SetTipStartUp(int v);
+    // Byte offset of the next tip in the tips file.
+    long GetTipFilePos() const;
+    void SetTipFilePos(long v);
+    // The tips file's modification time as last seen.
+    std::string GetTipTimeStamp() const;
+    void SetTipTimeStamp(const std::string& v);
+
+    // Most-recently-used files, most recent first, at most kRecentFileCount.
+    const std::vector<std::string>& GetRecentFiles() const { return m_recentFiles; }
+    void AddToRecentFiles(const std::string& path);
+    void RemoveFromRecentFiles(const std::string& path);
 
     // Time.
     // The local time now, with seconds.
@@ -83,6 +131,8 @@ public:
     static int IntervalMinutes(int intervalIndex);
     // Empty below one minute; "1:05" (time separator) or "1.08" by "ElapsedTimeFormat".
     std::string GetElapsedText(const CTinyElapsedTime& elapsed) const;
+    // The elapsed text of an entry; a running entry ends at the rounded current time.
+    std::string GetElapsedText(const CTimeEntry& entry) const;
 
     // Locale pictures and formatting.
     const platform::LocaleInfo& GetLocale() const { return m_locale; }
@@ -94,10 +144,26 @@ public:
     // A time of day with the picture without seconds ("9:05 AM", "09:05").
     std::string FormatTime(const CTinyTime& t) const;
     std::string FormatTimeWithSeconds(const CDateTime& t) const;
+    // Any date with an strftime-style picture in the locale's names (%A %a %B %b %d %e
+    // %m %Y %y, "-" for no padding).
+    std::string FormatDate(const CDateTime& d, const std::string& picture) const;
+    // A time of day with an h/H/mm/ss/tt picture; hour 24 is the end of the day.
+    std::string FormatTimePicture(int hour, int minute, int second, const std::string& picture) const;
+
+    // The pictures taken from the locale.
+    const std::string& GetLongDatePicture() const { return m_longDatePicture; }
+    // "%m/%d" or "%d.%m": month and day in the locale's order.
+    const std::string& GetMonthDayFormat() const { return m_monthDayFormat; }
+    // "%m/%y" or "%y-%m".
+    const std::string& GetMonthYearFormat() const { return m_monthYearFormat; }
+    const std::string& GetTimePicture() const { return m_timePicture; }
+    const std::string& GetTimePictureNoSeconds() const { return m_timePictureNoSeconds; }
     // Money in the locale's currency format ("$1,234.50").
     std::string FormatCurrency(double amount) const;
     // Plain number: two decimals, the locale's decimal separator, no grouping.
     std::string FormatNumber(double value, int decimals = 2) const;
+    // A number in the user's number format: the locale's decimal separator and grouping.
+    std::string FormatGroupedNumber(double value, int decimals = 2) const;
     // "Miles" (U.S. measurement) or "Km".
     std::string GetDistanceUnit() const;
     // The first character of the list separator (";" where the decimal separator is ",").
@@ -109,6 +175,10 @@ public:
     const platform::Clock& GetClock() const { return m_clock; }
 
 private:
+    void ComputePictures();
+    // Saves the store after an on-demand key changed.
+    void Persist();
+
     platform::SettingsStore& m_store;
     const platform::Clock& m_clock;
     platform::LocaleInfo m_locale;
@@ -129,6 +199,15 @@ private:
     int m_reportListType = 0;
     int m_tab = 0;
     int m_hideInactive = 0;
-    int m_autoSave = 1;
+    std::atomic<int> m_autoSave{1};
     int m_hideWhenMinimized = 0;
+
+    std::vector<std::string> m_recentFiles;
+    std::string m_settingsError;
+
+    std::string m_longDatePicture;
+    std::string m_monthDayFormat;
+    std::string m_monthYearFormat;
+    std::string m_timePicture;
+    std::string m_timePictureNoSeconds;
 };
