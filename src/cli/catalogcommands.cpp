@@ -1,6 +1,6 @@
-#include "cli/appcontext.h"
 #include "cli/commands.h"
-#include "cli/docsession.h"
+#include "cli/commandsession.h"
+#include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 
 #include <cctype>
@@ -14,41 +14,6 @@ namespace
 const char* const kAccountTypes[] = {"Company Credit Card", "Personal Credit Card", "Cash",
                                      "Direct Bill",         "Company Check",        "Personal Check"};
 
-bool SameText(const std::string& a, const std::string& b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (size_t i = 0; i < a.size(); ++i)
-        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
-            return false;
-    return true;
-}
-
-// A record of a catalog map by "#id", a bare id, or its name.
-template <class Map> auto* FindRecord(const Map& map, const std::string& spec, const char* what)
-{
-    const std::string digits = !spec.empty() && spec[0] == '#' ? spec.substr(1) : spec;
-    if (!digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos)
-    {
-        auto it = map.find(uint32_t(std::stoul(digits)));
-        if (it != map.end())
-            return it->second.get();
-        if (spec[0] == '#')
-            throw CommandError(std::string("there is no ") + what + " #" + digits);
-    }
-    decltype(map.begin()->second.get()) found = nullptr;
-    for (const auto& [id, rec] : map)
-        if (SameText(rec->m_name, spec))
-        {
-            if (found)
-                throw CommandError(std::string("several ") + what + "s are named '" + spec + "' (use #id)");
-            found = rec.get();
-        }
-    if (!found)
-        throw CommandError(std::string("there is no ") + what + " '" + spec + "'");
-    return found;
-}
-
 uint32_t ParseAccountType(const std::string& text)
 {
     for (uint32_t i = 0; i < 6; ++i)
@@ -60,6 +25,16 @@ uint32_t ParseAccountType(const std::string& text)
     throw UsageError("--account-type must be one of " + accepted + " (or 0 to 5)");
 }
 
+// After a question answered No: a plain "nothing done", or an error when no answer
+// could be had at all.
+int NothingDone(Context& ctx, const char* what)
+{
+    if (ctx.prompter.Unanswered())
+        throw CommandError(std::string(what) + ": the question was not answered (run again with --yes or --no)");
+    std::cout << what << "\n";
+    return 0;
+}
+
 std::string NonEmptyName(const Args& args, size_t index)
 {
     const std::string name = args.At(index, "NAME");
@@ -69,31 +44,17 @@ std::string NonEmptyName(const Args& args, size_t index)
     return name.substr(first);
 }
 
-struct Session
-{
-    AppContext app;
-    DocSession doc;
-    explicit Session(Context& ctx, const std::string& path, bool change) : doc(ctx.prompter)
-    {
-        if (change)
-            doc.OpenForChange(path);
-        else
-            doc.OpenForReading(path);
-        app.Attach(doc.Doc());
-    }
-};
-
 // --- activities -----------------------------------------------------------------
 
 int ActivityAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {"rate"});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CActivity* a = s.doc.Doc().AddActivity(NonEmptyName(args, 1));
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CActivity* a = s.Doc().AddActivity(NonEmptyName(args, 1));
     if (auto r = args.Option("rate"))
         a->m_rate = ParseDouble(*r, "--rate");
-    s.doc.Save();
+    s.Save();
     std::cout << "Added activity #" << a->m_id << " '" << a->m_name << "'\n";
     return 0;
 }
@@ -102,11 +63,10 @@ int ActivityRename(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(3, 3, {});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CActivity* a = FindRecord(s.doc.Doc().m_activities, args.At(1, "ACTIVITY"), "activity");
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CActivity* a = FindRecord(s.Doc().m_activities, args.At(1, "ACTIVITY"), "activity");
     a->m_name = NonEmptyName(args, 2);
-    s.doc.Doc().SetModifiedFlag(true);
-    s.doc.Save();
+    s.Save();
     std::cout << "Renamed activity #" << a->m_id << " to '" << a->m_name << "'\n";
     return 0;
 }
@@ -115,15 +75,14 @@ int ActivityRemove(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CActivity* a = FindRecord(s.doc.Doc().m_activities, args.At(1, "ACTIVITY"), "activity");
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CActivity* a = FindRecord(s.Doc().m_activities, args.At(1, "ACTIVITY"), "activity");
     const std::string name = a->m_name;
-    if (!s.doc.Doc().DeleteActivity(a->m_id, ctx.prompter))
+    if (!s.Doc().DeleteActivity(a->m_id, ctx.prompter))
     {
-        std::cout << "Nothing deleted\n";
-        return ctx.prompter.Unanswered() ? 1 : 0;
+        return NothingDone(ctx, "Nothing deleted");
     }
-    s.doc.Save();
+    s.Save();
     std::cout << "Deleted activity '" << name << "'\n";
     return 0;
 }
@@ -134,8 +93,8 @@ int ActivityList(Context& ctx)
     args.Expect(1, 1, {});
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
-    Session s(readCtx, args.At(0, "FILE"), false);
-    for (const auto& [id, a] : s.doc.Doc().m_activities)
+    CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
+    for (const auto& [id, a] : s.Doc().m_activities)
         std::cout << id << "\t" << a->m_name << "\n";
     return 0;
 }
@@ -146,9 +105,9 @@ int ExpenseTypeAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CExpenseType* e = s.doc.Doc().AddExpenseType(NonEmptyName(args, 1));
-    s.doc.Save();
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CExpenseType* e = s.Doc().AddExpenseType(NonEmptyName(args, 1));
+    s.Save();
     std::cout << "Added expense type #" << e->m_id << " '" << e->m_name << "'\n";
     return 0;
 }
@@ -157,17 +116,15 @@ int ExpenseTypeRename(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(3, 3, {});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CExpenseType* e = FindRecord(s.doc.Doc().m_expenseTypes, args.At(1, "TYPE"), "expense type");
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CExpenseType* e = FindRecord(s.Doc().m_expenseTypes, args.At(1, "TYPE"), "expense type");
     if (e->m_id == CExpenseType::kMileageId &&
         ctx.prompter.AskYesNo(platform::LoadString(41024), platform::Icon::question) != platform::Answer::yes)
     {
-        std::cout << "Not renamed\n";
-        return ctx.prompter.Unanswered() ? 1 : 0;
+        return NothingDone(ctx, "Not renamed");
     }
     e->m_name = NonEmptyName(args, 2);
-    s.doc.Doc().SetModifiedFlag(true);
-    s.doc.Save();
+    s.Save();
     std::cout << "Renamed expense type #" << e->m_id << " to '" << e->m_name << "'\n";
     return 0;
 }
@@ -176,15 +133,14 @@ int ExpenseTypeRemove(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CExpenseType* e = FindRecord(s.doc.Doc().m_expenseTypes, args.At(1, "TYPE"), "expense type");
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CExpenseType* e = FindRecord(s.Doc().m_expenseTypes, args.At(1, "TYPE"), "expense type");
     const std::string name = e->m_name;
-    if (!s.doc.Doc().DeleteExpenseType(e->m_id, ctx.prompter))
+    if (!s.Doc().DeleteExpenseType(e->m_id, ctx.prompter))
     {
-        std::cout << "Nothing deleted\n";
-        return ctx.prompter.Unanswered() ? 1 : 0;
+        return NothingDone(ctx, "Nothing deleted");
     }
-    s.doc.Save();
+    s.Save();
     std::cout << "Deleted expense type '" << name << "'\n";
     return 0;
 }
@@ -195,8 +151,8 @@ int ExpenseTypeList(Context& ctx)
     args.Expect(1, 1, {});
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
-    Session s(readCtx, args.At(0, "FILE"), false);
-    for (const auto& [id, e] : s.doc.Doc().m_expenseTypes)
+    CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
+    for (const auto& [id, e] : s.Doc().m_expenseTypes)
         std::cout << id << "\t" << e->m_name << (id == CExpenseType::kMileageId ? "\t(mileage)" : "") << "\n";
     return 0;
 }
@@ -207,14 +163,14 @@ int PaymentMethodAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {"account-number", "account-type"});
-    Session s(ctx, args.At(0, "FILE"), true);
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     const std::string name = NonEmptyName(args, 1);
     const uint32_t type = args.Option("account-type") ? ParseAccountType(*args.Option("account-type")) : 0;
-    CPaymentMethod* p = s.doc.Doc().AddPaymentMethod(name);
+    CPaymentMethod* p = s.Doc().AddPaymentMethod(name);
     p->m_accountType = type;
     if (auto n = args.Option("account-number"))
         p->m_accountNumber = *n;
-    s.doc.Save();
+    s.Save();
     std::cout << "Added payment method #" << p->m_id << " '" << p->m_name << "'\n";
     return 0;
 }
@@ -223,15 +179,14 @@ int PaymentMethodRename(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(3, 3, {"account-number", "account-type"});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CPaymentMethod* p = FindRecord(s.doc.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CPaymentMethod* p = FindRecord(s.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
     p->m_name = NonEmptyName(args, 2);
     if (auto t = args.Option("account-type"))
         p->m_accountType = ParseAccountType(*t);
     if (auto n = args.Option("account-number"))
         p->m_accountNumber = *n;
-    s.doc.Doc().SetModifiedFlag(true);
-    s.doc.Save();
+    s.Save();
     std::cout << "Renamed payment method #" << p->m_id << " to '" << p->m_name << "'\n";
     return 0;
 }
@@ -240,15 +195,14 @@ int PaymentMethodRemove(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CPaymentMethod* p = FindRecord(s.doc.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CPaymentMethod* p = FindRecord(s.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
     const std::string name = p->m_name;
-    if (!s.doc.Doc().DeletePaymentMethod(p->m_id, ctx.prompter))
+    if (!s.Doc().DeletePaymentMethod(p->m_id, ctx.prompter))
     {
-        std::cout << "Nothing deleted\n";
-        return ctx.prompter.Unanswered() ? 1 : 0;
+        return NothingDone(ctx, "Nothing deleted");
     }
-    s.doc.Save();
+    s.Save();
     std::cout << "Deleted payment method '" << name << "'\n";
     return 0;
 }
@@ -259,8 +213,8 @@ int PaymentMethodList(Context& ctx)
     args.Expect(1, 1, {});
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
-    Session s(readCtx, args.At(0, "FILE"), false);
-    for (const auto& [id, p] : s.doc.Doc().m_paymentMethods)
+    CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
+    for (const auto& [id, p] : s.Doc().m_paymentMethods)
         std::cout << id << "\t" << p->m_name << "\t" << kAccountTypes[p->m_accountType % 6]
                   << (p->m_accountNumber.empty() ? "" : "\t" + p->m_accountNumber) << "\n";
     return 0;
@@ -303,14 +257,14 @@ int ContactAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(1, 1, kContactFields);
-    Session s(ctx, args.At(0, "FILE"), true);
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CContact probe;
     ApplyContactFields(args, probe);
     if (probe.m_first.empty() && probe.m_middle.empty() && probe.m_last.empty())
         throw CommandError(platform::LoadString(40019));
-    CContact* c = s.doc.Doc().AddContact();
+    CContact* c = s.Doc().AddContact();
     ApplyContactFields(args, *c);
-    s.doc.Save();
+    s.Save();
     std::cout << "Added contact #" << c->m_id << " '" << c->GetDisplayName() << "'\n";
     return 0;
 }
@@ -319,15 +273,14 @@ int ContactRename(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, kContactFields);
-    Session s(ctx, args.At(0, "FILE"), true);
-    CContact* c = FindContact(s.doc.Doc(), args.At(1, "CONTACT"));
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CContact* c = FindContact(s.Doc(), args.At(1, "CONTACT"));
     CContact probe = *c;
     ApplyContactFields(args, probe);
     if (probe.m_first.empty() && probe.m_middle.empty() && probe.m_last.empty())
         throw CommandError(platform::LoadString(40019));
     ApplyContactFields(args, *c);
-    s.doc.Doc().SetModifiedFlag(true);
-    s.doc.Save();
+    s.Save();
     std::cout << "Updated contact #" << c->m_id << " '" << c->GetDisplayName() << "'\n";
     return 0;
 }
@@ -336,15 +289,14 @@ int ContactRemove(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {});
-    Session s(ctx, args.At(0, "FILE"), true);
-    CContact* c = FindContact(s.doc.Doc(), args.At(1, "CONTACT"));
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
+    CContact* c = FindContact(s.Doc(), args.At(1, "CONTACT"));
     const std::string name = c->GetDisplayName();
-    if (!s.doc.Doc().DeleteContact(c->m_id, ctx.prompter))
+    if (!s.Doc().DeleteContact(c->m_id, ctx.prompter))
     {
-        std::cout << "Nothing deleted\n";
-        return ctx.prompter.Unanswered() ? 1 : 0;
+        return NothingDone(ctx, "Nothing deleted");
     }
-    s.doc.Save();
+    s.Save();
     std::cout << "Deleted contact '" << name << "'\n";
     return 0;
 }
@@ -355,8 +307,8 @@ int ContactList(Context& ctx)
     args.Expect(1, 1, {});
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
-    Session s(readCtx, args.At(0, "FILE"), false);
-    for (const auto& [id, c] : s.doc.Doc().m_contacts)
+    CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
+    for (const auto& [id, c] : s.Doc().m_contacts)
         std::cout << id << "\t" << c->GetDisplayName() << (c->m_email.empty() ? "" : "\t" + c->m_email) << "\n";
     return 0;
 }

@@ -42,5 +42,7 @@ void RegisterFileCommands(CommandTable& table);
 void RegisterTaskCommands(CommandTable& table);
 void RegisterCatalogCommands(CommandTable& table);
 void RegisterEntryCommands(CommandTable& table);
+void RegisterTimerCommands(CommandTable& table);
+void RegisterReportCommands(CommandTable& table);
 
 } // namespace cli

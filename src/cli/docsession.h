@@ -28,6 +28,7 @@ public:
     void SaveAs(const std::string& path);
 
     CTimeKeeperDoc& Doc() { return *m_doc; }
+    const CTimeKeeperDoc& Doc() const { return *m_doc; }
     TerminalPrompter& Prompter() { return m_prompter; }
     const std::string& Path() const { return m_path; }
 

@@ -60,6 +60,10 @@ int main(int argc, char** argv)
     using namespace cli;
     CommandTable table;
     RegisterFileCommands(table);
+    RegisterTaskCommands(table);
+    RegisterCatalogCommands(table);
+    RegisterEntryCommands(table);
+    RegisterTimerCommands(table);
 
     std::vector<std::string> args;
     TerminalPrompter::Preset preset = TerminalPrompter::Preset::none;
@@ -75,6 +79,18 @@ int main(int argc, char** argv)
     }
     if (args.empty() || args[0] == "help" || args[0] == "--help" || args[0] == "-h")
     {
+        if (args.size() > 1)
+        {
+            size_t used = 0;
+            const std::vector<std::string> words(args.begin() + 1, args.end());
+            if (const Command* c = table.Find(words, used); c && used == words.size())
+            {
+                std::cout << "usage: qvx " << c->name << " " << c->usage << "\n" << c->summary << "\n";
+                return 0;
+            }
+            std::cerr << "qvx: unknown command '" << words[0] << "' (qvx help lists the commands)\n";
+            return 2;
+        }
         PrintUsage(table, args.empty() ? std::cerr : std::cout);
         return args.empty() ? 2 : 0;
     }
@@ -95,8 +111,8 @@ int main(int argc, char** argv)
     }
     catch (const UsageError& e)
     {
-        std::cerr << "qvx " << command->name << ": " << e.what() << "\n"
-                  << "usage: qvx " << command->name << " " << command->usage << "\n";
+        std::cerr << "qvx " << command->name << ": " << e.what() << " (qvx help " << command->name
+                  << " shows the usage)\n";
         return 2;
     }
     catch (const CommandError& e)

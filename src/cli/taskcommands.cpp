@@ -1,6 +1,6 @@
-#include "cli/appcontext.h"
 #include "cli/commands.h"
-#include "cli/docsession.h"
+#include "cli/commandsession.h"
+#include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 
 #include <algorithm>
@@ -26,11 +26,6 @@ private:
     platform::Answer m_entries;
 };
 
-[[noreturn]] void Refuse(int messageId)
-{
-    throw CommandError(platform::LoadString(unsigned(messageId)));
-}
-
 void PrintTree(const CTimeKeeperDoc& doc, const CTask& task, int depth)
 {
     std::cout << std::string(size_t(depth) * 2, ' ') << task.m_name << "  (" << doc.GetLevelName(task.m_level)
@@ -48,10 +43,9 @@ int Tasks(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(1, 1, {});
-    AppContext app;
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
-    DocSession s(reader);
-    s.OpenForReading(args.At(0, "FILE"));
+    Context readCtx{ctx.argv, reader};
+    CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
     if (const CTask* root = s.Doc().GetRootTask())
         PrintTree(s.Doc(), *root, 0);
     return 0;
@@ -61,10 +55,7 @@ int TaskAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(3, 3, {"level"});
-    AppContext app;
-    DocSession s(ctx.prompter);
-    s.OpenForChange(args.At(0, "FILE"));
-    app.Attach(s.Doc());
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CTask* parent = FindTask(s.Doc(), args.At(1, "PARENT"));
     const std::string name = args.At(2, "NAME");
     if (name.find_first_not_of(' ') == std::string::npos)
@@ -89,10 +80,7 @@ int TaskMove(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(3, 3, {});
-    AppContext app;
-    DocSession s(ctx.prompter);
-    s.OpenForChange(args.At(0, "FILE"));
-    app.Attach(s.Doc());
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CTask* source = FindTask(s.Doc(), args.At(1, "TASK"));
     CTask* destination = FindTask(s.Doc(), args.At(2, "NEWPARENT"));
     if (source == destination)
@@ -101,7 +89,7 @@ int TaskMove(Context& ctx)
         return 0;
     }
     if (const int refusal = s.Doc().MoveTask(source, destination))
-        Refuse(refusal);
+        Refuse(unsigned(refusal));
     s.Save();
     std::cout << "Moved '" << source->m_name << "' under '" << destination->m_name << "'\n";
     return 0;
@@ -113,10 +101,7 @@ int TaskRemove(Context& ctx)
     args.Expect(2, 2, {"rollup", "delete-entries"});
     if (args.Flag("rollup") && args.Flag("delete-entries"))
         throw UsageError("give --rollup or --delete-entries, not both");
-    AppContext app;
-    DocSession s(ctx.prompter);
-    s.OpenForChange(args.At(0, "FILE"));
-    app.Attach(s.Doc());
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CTask* task = FindTask(s.Doc(), args.At(1, "TASK"));
     if (task->m_id == CTimeKeeperDoc::kRootTaskId)
         throw CommandError("the top task cannot be deleted");
@@ -146,10 +131,7 @@ int TaskRename(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(3, 3, {});
-    AppContext app;
-    DocSession s(ctx.prompter);
-    s.OpenForChange(args.At(0, "FILE"));
-    app.Attach(s.Doc());
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CTask* task = FindTask(s.Doc(), args.At(1, "TASK"));
     const std::string name = args.At(2, "NAME");
     const size_t first = name.find_first_not_of(' ');
@@ -165,10 +147,7 @@ int TaskActive(Context& ctx, bool inactive)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {});
-    AppContext app;
-    DocSession s(ctx.prompter);
-    s.OpenForChange(args.At(0, "FILE"));
-    app.Attach(s.Doc());
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CTask* task = FindTask(s.Doc(), args.At(1, "TASK"));
     if (task->m_id == CTimeKeeperDoc::kRootTaskId)
         throw CommandError("the top task cannot be made inactive");
@@ -187,10 +166,7 @@ int TaskSet(Context& ctx)
                                             "cost-estimate", "level"};
     Args args(ctx.argv, {});
     args.Expect(2, 2, known);
-    AppContext app;
-    DocSession s(ctx.prompter);
-    s.OpenForChange(args.At(0, "FILE"));
-    app.Attach(s.Doc());
+    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CTimeKeeperDoc& doc = s.Doc();
     CTask* task = FindTask(doc, args.At(1, "TASK"));
 
@@ -288,7 +264,6 @@ int TaskSet(Context& ctx)
     }
     if (!changed)
         throw UsageError("nothing to set (see qvx help for the options)");
-    doc.SetModifiedFlag(true);
     s.Save();
     std::cout << "Updated '" << task->m_name << "'\n";
     return 0;
