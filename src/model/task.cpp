@@ -96,6 +96,15 @@ void CTask::Serialize(CArchive& ar)
             m_lastActivityId = 0;
         if (m_parentId == m_id)
             m_parentId = 0;
+        // What an inheriting task stored here means nothing and is not kept by the
+        // current layout: take the defaults, as a read of that layout would.
+        if (m_useParentBilling)
+        {
+            m_billable = true;
+            m_regularRate = 0.0;
+        }
+        if (m_useParentTaskId)
+            m_taskId.clear();
         return;
     }
 
