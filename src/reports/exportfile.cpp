@@ -7,7 +7,7 @@ void CExportFile::WriteString(std::string_view text)
 {
     for (char c : text)
     {
-        if (c == '\n')
+        if (c == '\n' && (m_data.empty() || m_data.back() != '\r'))
             m_data += '\r';
         m_data += c;
     }

@@ -15,8 +15,9 @@ enum ExportFormat
 };
 
 // The text of an export file, built in memory and written out whole, so that a
-// failure never leaves half a file. It is a text file: every line feed is written
-// as carriage return and line feed, as the files this program has always made.
+// failure never leaves half a file. It is a text file: every line ends with
+// carriage return and line feed. A text that already holds that pair (a note typed
+// on several lines) keeps it as it is rather than doubling the carriage return.
 class CExportFile
 {
 public:

@@ -240,8 +240,8 @@ bool ParseFieldList(uint32_t kind, std::string_view list, uint32_t& flags, std::
             std::string accepted;
             for (const FieldInfo& f : fields)
                 accepted += (accepted.empty() ? "" : ", ") + f.keyword;
-            error = "Unknown field \"" + std::string(name) + "\" for a " + KindLabel(kind) +
-                    " report; accepted: " + (accepted.empty() ? std::string("none") : accepted + ", all");
+            error = "Unknown field \"" + std::string(name) + "\" for " + KindLabel(kind) +
+                    " reports; accepted: " + (accepted.empty() ? std::string("none") : accepted + ", all");
             return false;
         }
     }
@@ -324,7 +324,7 @@ bool ParseSummarize(uint32_t kind, std::string_view text, const CTimeKeeperDoc& 
     std::string accepted = "a task level number or name";
     for (int32_t code : groupings)
         accepted += ", " + GroupingKeyword(code);
-    error = "Cannot summarize a " + KindLabel(kind) + " report by \"" + std::string(text) +
+    error = "Cannot summarize " + KindLabel(kind) + " reports by \"" + std::string(text) +
             "\"; accepted: " + accepted;
     return false;
 }

@@ -11,26 +11,6 @@ namespace reports
 
 namespace
 {
-struct MarginSettings
-{
-    int left, top, right, bottom;
-};
-
-// The four margins as stored, or the locale's defaults when they were stored
-// under another measurement system.
-MarginSettings ReadMarginSettings(CTimeKeeperApp& app)
-{
-    const int measure = app.GetMeasurementSystem();
-    const int fallback = measure == 1 ? 750 : 2000;
-    const platform::SettingsStore& store = app.GetStore();
-    if (store.GetInt("Settings", "PageMeasure", measure) != measure)
-        return MarginSettings{fallback, fallback, fallback, fallback};
-    return MarginSettings{store.GetInt("Settings", "PageMarginLeft", fallback),
-                          store.GetInt("Settings", "PageMarginTop", fallback),
-                          store.GetInt("Settings", "PageMarginRight", fallback),
-                          store.GetInt("Settings", "PageMarginBottom", fallback)};
-}
-
 int MarginToDevice(int margin, int measurementSystem, int dpi)
 {
     if (measurementSystem == 1)
@@ -101,10 +81,11 @@ void CReportOutput::BeginPrinting(Canvas& canvas)
 {
     PrepareData();
 
-    const MarginSettings stored = ReadMarginSettings(m_app);
+    int marginLeft = 0, marginTop = 0, marginRight = 0, marginBottom = 0;
+    m_app.GetPageMargins(marginLeft, marginTop, marginRight, marginBottom);
     const DeviceMargins margins =
-        MarginsToDevice(stored.left, stored.top, stored.right, stored.bottom,
-                        m_app.GetMeasurementSystem(), canvas.DpiX(), canvas.DpiY());
+        MarginsToDevice(marginLeft, marginTop, marginRight, marginBottom, m_app.GetMeasurementSystem(),
+                        canvas.DpiX(), canvas.DpiY());
     PrintMetrics& m = m_metrics;
     m = PrintMetrics{};
     m.left = margins.left - canvas.PhysicalOffsetX();

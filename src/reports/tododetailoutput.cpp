@@ -54,8 +54,10 @@ bool CToDoDetailOutput::SortsBefore(const Line& n, const Line& e) const
         if (a.m_priority > b.m_priority)
             return false;
     }
-    if (a.m_dueDate.IsNull() && !b.m_dueDate.IsNull())
-        return false;
+    // An item without a due date goes after every item that has one, whether or
+    // not the Due Date column is shown.
+    if (a.m_dueDate.IsNull() != b.m_dueDate.IsNull())
+        return !a.m_dueDate.IsNull();
     if (Shown(kDueDate))
     {
         if (b.m_dueDate.IsNull())
