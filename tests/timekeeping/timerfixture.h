@@ -7,6 +7,8 @@
 #include "platform/settingsstore.h"
 #include "timekeeping/timer.h"
 
+#include "testsupport.h"
+
 #include <gtest/gtest.h>
 
 #include <deque>
@@ -114,19 +116,12 @@ protected:
     {
         doc.NewDocument("Pat");
         doc.m_roundedNow = [this] { return app.RoundTime(app.Now()); };
-        acme = AddTask(doc.GetRootTask(), 1, "Acme");
-        website = AddTask(acme, 2, "Website");
-        support = AddTask(acme, 2, "Support");
-        globex = AddTask(doc.GetRootTask(), 1, "Globex");
-        audit = AddTask(globex, 2, "Audit");
+        acme = qvtest::AddTask(doc, doc.GetRootTask(), "Acme");
+        website = qvtest::AddTask(doc, acme, "Website");
+        support = qvtest::AddTask(doc, acme, "Support");
+        globex = qvtest::AddTask(doc, doc.GetRootTask(), "Globex");
+        audit = qvtest::AddTask(doc, globex, "Audit");
         doc.SetModifiedFlag(false);
-    }
-
-    CTask* AddTask(CTask* parent, uint16_t level, const std::string& name)
-    {
-        CTask* task = doc.AddTask(parent, level);
-        doc.RenameTask(task, name);
-        return task;
     }
 
     // Moves the clock to `hour`:`minute`:`second` of the test day plus `dayOffset`.
@@ -137,14 +132,11 @@ protected:
 
     static CDateTime Date(int dayOffset = 0) { return CDateTime::FromDate(2024, 3, 11 + dayOffset); }
 
-    // Files a closed entry directly, without the timer.
-    CTimeEntry* AddEntry(CTask* task, CTinyTime start, CTinyTime end, int dayOffset = 0)
+    // Files a closed entry of the test day directly, without the timer.
+    CTimeEntry* AddEntry(CTask* task, CTinyTime start, CTinyTime end)
     {
-        auto entry = std::make_unique<CTimeEntry>();
-        entry->m_taskId = task->m_id;
-        entry->m_start = start;
-        entry->m_end = end;
-        return doc.FileTimeEntry(doc.GetOrCreateDay(Date(dayOffset)), std::move(entry));
+        return qvtest::AddTime(doc, task, Date(), start.GetHour(), start.GetMinute(), end.GetHour(),
+                               end.GetMinute());
     }
 
     // "HH:MM-HH:MM" of each time entry of the day, in day order; running ends read "run".

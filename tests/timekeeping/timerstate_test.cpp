@@ -63,17 +63,24 @@ TEST_F(TimerTest, MidnightStopFitsTheClosedEntryAroundAnother)
 class OpenedDocument : public TimerTest
 {
 protected:
-    // Saves the document and reads it into `reopened`, as opening its file would.
+    // Saves the document and reads it afresh, as opening its file would.
     void Reopen()
     {
-        const std::vector<uint8_t> bytes = doc.SaveToBytes();
-        platform::ScriptedPrompter loadPrompter;
-        ASSERT_EQ(reopened.LoadFromBytes(bytes.data(), bytes.size(), loadPrompter).status, LoadResult::loaded);
-        reopened.m_roundedNow = [this] { return app.RoundTime(app.Now()); };
+        reopened = qvtest::RoundTrip(doc);
+        reopened->m_roundedNow = [this] { return app.RoundTime(app.Now()); };
     }
 
-    CTimeKeeperDoc reopened;
-    ScriptedTimerUi reopenedUi{reopened};
+    // A timer over the reopened document, told that it was opened.
+    void OpenTimer()
+    {
+        reopenedUi = std::make_unique<ScriptedTimerUi>(*reopened);
+        reopenedTimer = std::make_unique<CTimer>(*reopened, app, *reopenedUi, prompter);
+        reopenedTimer->OnDocumentOpened();
+    }
+
+    std::unique_ptr<CTimeKeeperDoc> reopened;
+    std::unique_ptr<ScriptedTimerUi> reopenedUi;
+    std::unique_ptr<CTimer> reopenedTimer;
 };
 
 TEST_F(OpenedDocument, ResumesTheTimerOnTheRunningEntry)
@@ -82,14 +89,13 @@ TEST_F(OpenedDocument, ResumesTheTimerOnTheRunningEntry)
     ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
     Reopen();
     At(9, 40);
-    CTimer reopenedTimer(reopened, app, reopenedUi, prompter);
-    reopenedTimer.OnDocumentOpened();
-    ASSERT_TRUE(reopenedTimer.IsRunning());
-    EXPECT_EQ(reopenedTimer.GetActiveEntry()->m_taskId, website->m_id);
-    EXPECT_EQ(reopenedUi.icon, TimerIcon::running);
-    EXPECT_EQ(reopenedUi.tip, "Acme/Website  0:40");
-    EXPECT_TRUE(reopenedUi.ticking);
-    EXPECT_EQ(reopenedTimer.StopTimer(true, 0), 1);
+    OpenTimer();
+    ASSERT_TRUE(reopenedTimer->IsRunning());
+    EXPECT_EQ(reopenedTimer->GetActiveEntry()->m_taskId, website->m_id);
+    EXPECT_EQ(reopenedUi->icon, TimerIcon::running);
+    EXPECT_EQ(reopenedUi->tip, "Acme/Website  0:40");
+    EXPECT_TRUE(reopenedUi->ticking);
+    EXPECT_EQ(reopenedTimer->StopTimer(true, 0), 1);
 }
 
 TEST_F(OpenedDocument, RunsTheMidnightCheckOnce)
@@ -99,16 +105,15 @@ TEST_F(OpenedDocument, RunsTheMidnightCheckOnce)
     ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
     Reopen();
     At(8, 0, 0, 1);
-    CTimer reopenedTimer(reopened, app, reopenedUi, prompter);
-    reopenedTimer.OnDocumentOpened();
-    EXPECT_FALSE(reopenedTimer.IsRunning());
-    EXPECT_EQ(reopenedUi.icon, TimerIcon::inactive);
-    EXPECT_FALSE(reopenedUi.ticking);
-    const CDay* day = reopened.GetDay(Date());
+    OpenTimer();
+    EXPECT_FALSE(reopenedTimer->IsRunning());
+    EXPECT_EQ(reopenedUi->icon, TimerIcon::inactive);
+    EXPECT_FALSE(reopenedUi->ticking);
+    const CDay* day = reopened->GetDay(Date());
     ASSERT_NE(day, nullptr);
     ASSERT_EQ(day->TimeEntries().size(), 1u);
     EXPECT_EQ(day->TimeEntries()[0]->m_end, CTinyTime(24, 0));
-    EXPECT_TRUE(reopened.IsModified());
+    EXPECT_TRUE(reopened->IsModified());
 }
 
 TEST_F(TimerTest, RecentTasksKeepTheLatestDistinctOnes)
