@@ -2,8 +2,6 @@
 
 #include "model/day.h"
 
-#include <filesystem>
-
 using Strings = std::vector<std::string>;
 
 TEST_F(TimerTest, MidnightStopsOnceTheRoundedTimeReachesIt)
@@ -211,27 +209,4 @@ TEST_F(TimerTest, PausedTaskSurvivesBetweenRuns)
     EXPECT_FALSE(timer.RestorePausedState(store, path));
     timer.SavePausedState(store, path);
     EXPECT_FALSE(store.Has(CTimer::kPausedSection, key));
-}
-
-TEST_F(TimerTest, PausedStateKeyReadsBackFromTheSettingsFile)
-{
-    const std::filesystem::path dir = std::filesystem::temp_directory_path() / "qv-timer-paused-key";
-    std::filesystem::create_directories(dir);
-    const std::string settingsPath = (dir / "settings.conf").string();
-    const std::string documentPath = (dir / "Q1 [draft]; a=b #2.qvx").string();
-    {
-        platform::SettingsStore file(settingsPath);
-        At(9, 0);
-        ASSERT_EQ(timer.StartTimer(audit, 0, ""), 1);
-        At(9, 30);
-        ASSERT_EQ(timer.PauseResumeTimer(), 1);
-        timer.SavePausedState(file, documentPath);
-        ASSERT_TRUE(file.Save());
-    }
-    platform::SettingsStore file(settingsPath);
-    ASSERT_TRUE(file.Load());
-    timer.ClearPausedState();
-    EXPECT_TRUE(timer.RestorePausedState(file, documentPath));
-    EXPECT_EQ(timer.GetPausedTask(), audit);
-    std::filesystem::remove_all(dir);
 }
