@@ -6,8 +6,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -125,19 +123,34 @@ std::string ErrorText(int err) { return std::strerror(err); }
 bool ReadFile(const std::string& path, std::string& text, int& err)
 {
     err = 0;
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
+    text.clear();
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
     {
-        err = errno ? errno : EIO;
+        err = errno;
         return false;
     }
-    text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    if (in.bad())
+    struct stat st{};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode))
     {
-        err = EIO;
+        err = S_ISDIR(st.st_mode) ? EISDIR : EINVAL;
+        ::close(fd);
         return false;
     }
-    return true;
+    char buffer[8192];
+    for (;;)
+    {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            err = errno;
+        if (n <= 0)
+            break;
+        text.append(buffer, size_t(n));
+    }
+    ::close(fd);
+    return err == 0;
 }
 
 bool WriteAll(int fd, const std::string& text)
