@@ -203,6 +203,9 @@ CTimer::StopOutcome CTimer::StopTimerImpl(bool setModified, int minuteRounding)
     CTimeEntry* entry = m_doc.m_timerRunning ? m_doc.m_activeEntry : nullptr;
     if (entry == nullptr || entry->m_day == nullptr)
     {
+        // A running flag without a filed entry is left over; nothing can run on it.
+        m_doc.m_timerRunning = false;
+        m_doc.m_activeEntry = nullptr;
         lock.unlock();
         m_ui.RefreshStatus();
         return {1, false};
@@ -294,7 +297,9 @@ void CTimer::DeleteStoppedEntry(CTimeEntry* entry, bool setModified)
     Lock lock(m_doc.GetLock());
     m_doc.m_activeEntry = nullptr;
     m_doc.m_timerRunning = false;
+    CDay* day = entry->m_day;
     m_doc.UnfileTimeEntry(entry);
+    m_doc.RemoveDayIfEmpty(day);
     ShowInactive();
     if (setModified)
         m_doc.SetModifiedFlag();

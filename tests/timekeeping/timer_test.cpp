@@ -57,7 +57,7 @@ TEST_F(TimerTest, ZeroLengthWithinTheMinuteIsDeletedWithoutAQuestion)
     ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
     At(9, 0, 20);
     EXPECT_EQ(timer.StopTimer(true, 0), 1);
-    EXPECT_TRUE(Entries().empty());
+    EXPECT_EQ(doc.GetDay(Date()), nullptr);
     EXPECT_TRUE(website->m_timeEntries.empty());
     EXPECT_TRUE(prompter.Questions().empty());
     EXPECT_FALSE(timer.IsRunning());
