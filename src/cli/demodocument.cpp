@@ -37,9 +37,11 @@ private:
     uint64_t m_state;
 };
 
-CTask* AddNamedTask(CTimeKeeperDoc& doc, CTask* parent, const std::string& name, const std::string& abbreviation = {})
+// A task one level below its parent, or at `level` when given.
+CTask* AddNamedTask(CTimeKeeperDoc& doc, CTask* parent, const std::string& name, const std::string& abbreviation = {},
+                    int level = 0)
 {
-    CTask* task = doc.AddTask(parent, uint16_t(parent->m_level + 1));
+    CTask* task = doc.AddTask(parent, uint16_t(level > parent->m_level ? level : parent->m_level + 1));
     task->m_abbreviation = abbreviation;
     doc.RenameTask(task, name);
     return task;
@@ -149,28 +151,28 @@ void MakeDemoDocument(CTimeKeeperDoc& doc, const CDateTime& today, const std::st
     CTask* website = AddNamedTask(doc, bellweather, "Website Redesign");
     website->m_hoursEstimate = 120 * 60;
     website->m_costEstimate = 11400;
-    CTask* wsDesign = AddNamedTask(doc, website, "Design");
-    CTask* wsDevelopment = AddNamedTask(doc, website, "Development");
-    CTask* wsContent = AddNamedTask(doc, website, "Content Migration");
+    CTask* wsDesign = AddNamedTask(doc, website, "Design", {}, 4);
+    CTask* wsDevelopment = AddNamedTask(doc, website, "Development", {}, 4);
+    CTask* wsContent = AddNamedTask(doc, website, "Content Migration", {}, 4);
     CTask* ordering = AddNamedTask(doc, bellweather, "Online Ordering");
-    CTask* orRequirements = AddNamedTask(doc, ordering, "Requirements");
-    CTask* orDevelopment = AddNamedTask(doc, ordering, "Development");
-    CTask* orTesting = AddNamedTask(doc, ordering, "Testing");
+    CTask* orRequirements = AddNamedTask(doc, ordering, "Requirements", {}, 4);
+    CTask* orDevelopment = AddNamedTask(doc, ordering, "Development", {}, 4);
+    CTask* orTesting = AddNamedTask(doc, ordering, "Testing", {}, 4);
 
     CTask* harbor = AddNamedTask(doc, root, "Harbor & Pine Architects", "HPA");
     SetBilling(harbor, true, 110.0);
     harbor->m_useParentContact = false;
     harbor->m_contactId = lee->m_id;
     CTask* tracker = AddNamedTask(doc, harbor, "Project Tracker");
-    CTask* trDatabase = AddNamedTask(doc, tracker, "Database");
-    CTask* trReports = AddNamedTask(doc, tracker, "Reports");
-    CTask* trTraining = AddNamedTask(doc, tracker, "Training");
+    CTask* trDatabase = AddNamedTask(doc, tracker, "Database", {}, 4);
+    CTask* trReports = AddNamedTask(doc, tracker, "Reports", {}, 4);
+    CTask* trTraining = AddNamedTask(doc, tracker, "Training", {}, 4);
 
     CTask* larkspur = AddNamedTask(doc, root, "Larkspur Clinic", "LC");
     SetBilling(larkspur, true, 85.0);
     CTask* network = AddNamedTask(doc, larkspur, "Network Upgrade");
-    CTask* nwSurvey = AddNamedTask(doc, network, "Site Survey");
-    CTask* nwInstall = AddNamedTask(doc, network, "Installation");
+    CTask* nwSurvey = AddNamedTask(doc, network, "Site Survey", {}, 4);
+    CTask* nwInstall = AddNamedTask(doc, network, "Installation", {}, 4);
     CTask* supportContract = AddNamedTask(doc, larkspur, "Support Contract");
 
     CTask* internal = AddNamedTask(doc, root, "Internal");
@@ -419,7 +421,7 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
         int minute = 7 * 60 + 5 * random.Below(12);
         for (int i = 0; i < perDay; ++i)
         {
-            const int length = std::max(1, slot * random.Between(50, 90) / 100);
+            const int length = std::max(1, slot * random.Between(30, 60) / 100);
             const int end = std::min(24 * 60, minute + length);
             if (end <= minute)
                 break;

@@ -24,6 +24,28 @@ public:
         return platform::Answer::yes;
     }
 };
+
+// Passes questions on and keeps messages back: a failed open is reported once, as the
+// command's own error line, with what the messages said.
+class QuietPrompter : public platform::Prompter
+{
+public:
+    explicit QuietPrompter(platform::Prompter& next) : m_next(next) {}
+    void ShowMessage(const std::string& text, platform::Icon) override { m_messages.push_back(text); }
+    platform::Answer AskYesNo(const std::string& text, platform::Icon icon) override
+    {
+        return m_next.AskYesNo(text, icon);
+    }
+    platform::Answer AskYesNoCancel(const std::string& text, platform::Icon icon) override
+    {
+        return m_next.AskYesNoCancel(text, icon);
+    }
+    const std::vector<std::string>& Messages() const { return m_messages; }
+
+private:
+    platform::Prompter& m_next;
+    std::vector<std::string> m_messages;
+};
 } // namespace
 
 std::vector<uint8_t> ReadWholeFile(const std::string& path)
@@ -78,7 +100,8 @@ void DocSession::FailLoad(const std::string& path, const LoadResult& result)
 void DocSession::OpenForReading(const std::string& path)
 {
     const std::vector<uint8_t> bytes = ReadWholeFile(path);
-    const LoadResult result = m_doc->LoadFromBytes(bytes.data(), bytes.size(), m_prompter);
+    QuietPrompter quiet(m_prompter);
+    const LoadResult result = m_doc->LoadFromBytes(bytes.data(), bytes.size(), quiet);
     if (result.status != LoadResult::loaded)
         FailLoad(path, result);
     m_doc->SetPathName(path);
@@ -90,7 +113,8 @@ void DocSession::OpenForChange(const std::string& path)
     struct stat st{};
     if (::stat(path.c_str(), &st) != 0)
         throw CommandError("cannot open '" + path + "': " + std::strerror(errno));
-    if (!m_doc->OnOpenDocument(path, m_prompter))
+    QuietPrompter quiet(m_prompter);
+    if (!m_doc->OnOpenDocument(path, quiet))
     {
         // Learn why without asking the questions again.
         SilentPrompter silent;
@@ -106,7 +130,8 @@ void DocSession::OpenForChange(const std::string& path)
     }
     m_path = path;
     if (m_doc->IsReadOnly())
-        throw CommandError("'" + path + "' is held by another copy of the program; nothing was changed");
+        throw CommandError("'" + path + "' is not available for updating: another copy of the program holds it; "
+                           "nothing was changed");
 }
 
 void DocSession::Save()

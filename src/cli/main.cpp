@@ -99,7 +99,14 @@ int main(int argc, char** argv)
     const Command* command = table.Find(args, used);
     if (!command)
     {
-        std::cerr << "qvx: unknown command '" << args[0] << "' (qvx help lists the commands)\n";
+        std::string group;
+        for (const Command& c : table.All())
+            if (c.name.rfind(args[0] + " ", 0) == 0)
+                group += (group.empty() ? "" : ", ") + c.name.substr(args[0].size() + 1);
+        if (!group.empty())
+            std::cerr << "qvx " << args[0] << ": give one of " << group << " (qvx help lists the commands)\n";
+        else
+            std::cerr << "qvx: unknown command '" << args[0] << "' (qvx help lists the commands)\n";
         return 2;
     }
 

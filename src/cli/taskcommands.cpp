@@ -105,6 +105,10 @@ int TaskRemove(Context& ctx)
     CTask* task = FindTask(s.Doc(), args.At(1, "TASK"));
     if (task->m_id == CTimeKeeperDoc::kRootTaskId)
         throw CommandError("the top task cannot be deleted");
+    // The refusal is an error of the command, not a message on the way to "nothing deleted".
+    for (uint32_t id : s.Doc().GetSubtreeIds({task->m_id}))
+        if (const CTask* t = s.Doc().GetTask(id); t && t->IsImported())
+            Refuse(40032);
     const std::string name = task->m_name;
     bool deleted = false;
     if (args.Flag("rollup") || args.Flag("delete-entries"))
