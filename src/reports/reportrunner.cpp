@@ -1,8 +1,13 @@
 #include "reports/reportrunner.h"
 
 #include "model/timekeeperdoc.h"
+#include "reports/billingsummaryoutput.h"
 #include "reports/expensedetailoutput.h"
+#include "reports/expensesummaryoutput.h"
+#include "reports/invoiceoutput.h"
 #include "reports/timedetailoutput.h"
+#include "reports/timeexpensesummaryoutput.h"
+#include "reports/timesummaryoutput.h"
 #include "reports/tododetailoutput.h"
 
 #include <cerrno>
@@ -22,6 +27,11 @@ std::unique_ptr<CReportOutput> CreateReportOutput(CReport& report, CTimeKeeperDo
     case CReport::timeDetail: return std::make_unique<CTimeDetailOutput>(report, doc, app);
     case CReport::expenseDetail: return std::make_unique<CExpenseDetailOutput>(report, doc, app);
     case CReport::todoDetail: return std::make_unique<CToDoDetailOutput>(report, doc, app);
+    case CReport::timeSummary: return std::make_unique<CTimeSummaryOutput>(report, doc, app);
+    case CReport::expenseSummary: return std::make_unique<CExpenseSummaryOutput>(report, doc, app);
+    case CReport::timeExpenseSummary: return std::make_unique<CTimeExpenseSummaryOutput>(report, doc, app);
+    case CReport::billingSummary: return std::make_unique<CBillingSummaryOutput>(report, doc, app);
+    case CReport::invoice: return std::make_unique<CInvoiceOutput>(report, doc, app);
     default: return std::make_unique<CReportOutput>(report, doc, app);
     }
 }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "reports/summaryoutput.h"
+
+#include "model/tinytime.h"
+
+namespace reports
+{
+
+// Billing Summary: the billing amounts of the time entries per row and period.
+class CBillingSummaryOutput : public CSummaryOutput
+{
+public:
+    using CSummaryOutput::CSummaryOutput;
+
+protected:
+    std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CTimeExpenseSummary>(); }
+    void GatherDay(const CDay& day, size_t period) override;
+    std::vector<std::string> ValueTitles() const override { return {"Billing"}; }
+    std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const override;
+
+private:
+    CTinyTime m_runningEnd;
+    bool m_runningEndKnown = false;
+};
+
+} // namespace reports

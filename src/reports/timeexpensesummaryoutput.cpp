@@ -1,0 +1,103 @@
+#include "reports/timeexpensesummaryoutput.h"
+
+#include "app/timekeeperapp.h"
+#include "model/timekeeperdoc.h"
+
+namespace reports
+{
+
+void CTimeExpenseSummaryOutput::GatherDay(const CDay& day, size_t period)
+{
+    if (!m_runningEndKnown)
+    {
+        m_runningEnd = m_doc.RunningEnd();
+        m_runningEndKnown = true;
+    }
+    for (const auto& owned : day.TimeEntries())
+    {
+        const CTimeEntry& entry = *owned;
+        const CTask* task = m_doc.GetTask(entry.m_taskId);
+        if (!task || !PassesBillingFilter(entry.IsEffectiveBillable(*task)) ||
+            !PassesIdFilter(m_report.m_selectedActivities, entry.m_activityId))
+            continue;
+        const CTinyElapsedTime elapsed = entry.GetElapsed(m_runningEnd);
+        const double rate = entry.GetEffectiveRate(*task);
+        Distribute(task, GroupRowKey(task, 0), period, [&](CSummaryRow& row, size_t p, bool setRate) {
+            CTimeExpenseSummary& summary = static_cast<CTimeExpenseSummary&>(row);
+            summary.AddTime(p, elapsed, rate);
+            if (setRate)
+                summary.SetRate(rate);
+        });
+    }
+    for (const auto& owned : day.ExpenseEntries())
+    {
+        const CExpenseEntry& entry = *owned;
+        const CTask* task = m_doc.GetTask(entry.m_taskId);
+        if (!task || !PassesBillingFilter(entry.m_billable) ||
+            !PassesIdFilter(m_report.m_selectedExpenseTypes, entry.m_expenseTypeId) ||
+            !PassesIdFilter(m_report.m_selectedPaymentMethods, entry.m_paymentMethodId))
+            continue;
+        Distribute(task, GroupRowKey(task, 0), period, [&](CSummaryRow& row, size_t p, bool) {
+            static_cast<CTimeExpenseSummary&>(row).AddAmount(p, entry.m_amount);
+        });
+    }
+}
+
+std::vector<std::string> CTimeExpenseSummaryOutput::CellTexts(const CSummaryRow& row, size_t period,
+                                                              TextUse use) const
+{
+    const CTimeExpenseSummary& summary = static_cast<const CTimeExpenseSummary&>(row);
+    const bool has = period < summary.m_timeCells.size();
+    std::string time = m_app.GetElapsedText(has ? summary.m_timeCells[period] : CTinyElapsedTime());
+    const double amount = has ? summary.m_amountCells[period] : 0.0;
+    if (use == TextUse::exportText)
+        return {time.empty() ? std::string("0") : time, m_app.FormatNumber(amount)};
+    return {time, amount == 0.0 ? std::string() : m_app.FormatCurrency(amount)};
+}
+
+std::string CTimeExpenseSummaryOutput::RateText(const CSummaryRow& row, TextUse use) const
+{
+    // The HTML shows the rate as a plain number here; the page as money.
+    if (use == TextUse::print)
+        return row.GetRateText(m_app);
+    return row.IsVariousRate() ? std::string("various") : m_app.FormatNumber(row.m_rate);
+}
+
+std::vector<std::string> CTimeExpenseSummaryOutput::EstimateTexts(const CTask& task, TextUse use) const
+{
+    std::string cost;
+    if (use == TextUse::exportText)
+        cost = m_app.FormatNumber(task.m_costEstimate);
+    else if (task.m_costEstimate != 0.0)
+        cost = m_app.FormatCurrency(task.m_costEstimate);
+    return {EstimateHours(task), cost};
+}
+
+void CTimeExpenseSummaryOutput::WriteHtmlHeaderRows(CExportFile& file)
+{
+    if (Shown(0x1))
+        file.WriteString("<TH NOWRAP>&nbsp</TH>");
+    file.WriteString(std::string("<TH NOWRAP COLSPAN=") + (Shown(0x10) ? "2" : "1") + ">");
+    file.WriteString(TimeFrameTitle());
+    file.WriteString("</TH>");
+    if (Shown(0x100))
+        file.WriteString("<TH NOWRAP COLSPAN=2 ALIGN=CENTER>Estimate</TH>");
+    for (size_t p = 0; p < m_periods.size(); ++p)
+        file.WriteString("<TH NOWRAP COLSPAN=2 ALIGN=CENTER>" + PeriodTitle(p, TextUse::html) + "</TH>");
+    file.WriteString("</TR>");
+
+    file.WriteString("<TR>");
+    if (Shown(0x1))
+        file.WriteString("<TH NOWRAP>Task</TH>");
+    file.WriteString("<TH NOWRAP>&nbsp</TH>");
+    if (Shown(0x10))
+        file.WriteString("<TH NOWRAP>Rate</TH>");
+    if (Shown(0x100))
+        file.WriteString("<TH NOWRAP>Time</TH><TH NOWRAP>Cost</TH>");
+    for (size_t p = 0; p < m_periods.size(); ++p)
+        file.WriteString("<TH NOWRAP>Time</TH><TH NOWRAP>Expense</TH>");
+    file.WriteString("</TR>");
+    file.WriteString("\n");
+}
+
+} // namespace reports

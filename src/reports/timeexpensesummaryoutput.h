@@ -1,0 +1,34 @@
+#pragma once
+
+#include "reports/summaryoutput.h"
+
+#include "model/tinytime.h"
+
+namespace reports
+{
+
+// Time and Expense Summary: per row and period the elapsed time of the time entries
+// and the sum of the expense amounts; the rows also add up the cost of the time.
+// The invoice is built on its gathering.
+class CTimeExpenseSummaryOutput : public CSummaryOutput
+{
+public:
+    using CSummaryOutput::CSummaryOutput;
+
+protected:
+    std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CTimeExpenseSummary>(); }
+    void GatherDay(const CDay& day, size_t period) override;
+    std::vector<std::string> ValueTitles() const override { return {"Time", "Expense"}; }
+    std::vector<std::string> PeriodSubTitles() const override { return {"Time", "Expense"}; }
+    std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const override;
+    std::string RateText(const CSummaryRow& row, TextUse use) const override;
+    std::vector<std::string> EstimateTitles() const override { return {"TimeEstimate", "CostEstimate"}; }
+    std::vector<std::string> EstimateTexts(const CTask& task, TextUse use) const override;
+    void WriteHtmlHeaderRows(CExportFile& file) override;
+
+private:
+    CTinyTime m_runningEnd;
+    bool m_runningEndKnown = false;
+};
+
+} // namespace reports

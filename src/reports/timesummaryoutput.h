@@ -1,0 +1,27 @@
+#pragma once
+
+#include "reports/summaryoutput.h"
+
+#include "model/tinytime.h"
+
+namespace reports
+{
+
+// Time Summary: the elapsed time of the time entries per row and period.
+class CTimeSummaryOutput : public CSummaryOutput
+{
+public:
+    using CSummaryOutput::CSummaryOutput;
+
+protected:
+    std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CSummary>(); }
+    void GatherDay(const CDay& day, size_t period) override;
+    std::vector<std::string> ValueTitles() const override { return {"Time"}; }
+    std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const override;
+
+private:
+    CTinyTime m_runningEnd;
+    bool m_runningEndKnown = false;
+};
+
+} // namespace reports
