@@ -13,8 +13,10 @@ constexpr uint16_t kBigObjectTag = 0x7FFF;
 // the table would otherwise grow without bound on a hostile stream.
 constexpr uint32_t kMaxMapCount = 0x3FFFFFFF;
 // Loading index table: the class slot of each index, this bit marking a class index.
-constexpr uint32_t kIsClassBit = 0x80000000;
-constexpr uint32_t kNoClass = 0x7FFFFFFF;
+// One byte per index keeps the table small for millions of objects; a stream can only
+// name the few classes a document accepts.
+constexpr uint8_t kIsClassBit = 0x80;
+constexpr uint8_t kNoClass = 0x7F;
 
 // Windows-1252 bytes 0x80 to 0x9F; the five undefined ones keep their C1 code point.
 const char32_t kCp1252High[32] = {
@@ -165,7 +167,57 @@ ArchiveError::ArchiveError(Kind kind, std::string record, uint64_t offset, std::
 {
 }
 
-CArchive::CArchive(std::vector<uint8_t>& out) : m_out(&out) {}
+namespace
+{
+constexpr size_t kWriteBlock = 64 * 1024;
+}
+
+CArchive::CArchive(std::vector<uint8_t>& out)
+    : m_out(&out), m_buffer(new uint8_t[kWriteBlock]), m_cursor(m_buffer.get()),
+      m_bufferEnd(m_buffer.get() + kWriteBlock)
+{
+}
+
+CArchive::~CArchive()
+{
+    if (m_out)
+        Flush();
+}
+
+CArchive::CArchive(CArchive&& other) noexcept
+    : m_out(other.m_out), m_buffer(std::move(other.m_buffer)), m_cursor(other.m_cursor),
+      m_bufferEnd(other.m_bufferEnd), m_data(other.m_data), m_size(other.m_size),
+      m_pos(other.m_pos), m_factory(std::move(other.m_factory)), m_mapCount(other.m_mapCount),
+      m_storedClasses(std::move(other.m_storedClasses)),
+      m_loadedClasses(std::move(other.m_loadedClasses)),
+      m_loadedIndex(std::move(other.m_loadedIndex)), m_currentRecord(other.m_currentRecord)
+{
+    other.m_out = nullptr;
+}
+
+void CArchive::Flush()
+{
+    if (!m_out || !m_buffer)
+        return;
+    m_out->insert(m_out->end(), m_buffer.get(), m_cursor);
+    m_cursor = m_buffer.get();
+}
+
+void CArchive::WriteBytes(const void* p, size_t n)
+{
+    const uint8_t* b = static_cast<const uint8_t*>(p);
+    if (n > size_t(m_bufferEnd - m_cursor))
+    {
+        Flush();
+        if (n > kWriteBlock)
+        {
+            m_out->insert(m_out->end(), b, b + n);
+            return;
+        }
+    }
+    std::memcpy(m_cursor, b, n);
+    m_cursor += n;
+}
 
 CArchive::CArchive(const uint8_t* data, size_t size, ObjectFactory factory)
     : m_data(data), m_size(size), m_factory(std::move(factory))
@@ -387,7 +439,7 @@ std::unique_ptr<CObject> CArchive::ReadObject(const std::string_view* accepted, 
 
     const uint64_t tagAt = m_pos;
     const uint16_t wTag = ReadU16();
-    uint32_t classSlot = kNoClass;
+    uint8_t classSlot = kNoClass;
     bool newClass = false;
     if (wTag == kNewClassTag)
     {
@@ -400,12 +452,14 @@ std::unique_ptr<CObject> CArchive::ReadObject(const std::string_view* accepted, 
             throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
                                "found a " + (name.empty() ? std::string("nameless") : std::string(name)) +
                                    " record where a " + expectedName + " was expected");
-        for (uint32_t i = 0; i < m_loadedClasses.size(); ++i)
+        for (size_t i = 0; i < m_loadedClasses.size(); ++i)
             if (m_loadedClasses[i] == name)
-                classSlot = i;
+                classSlot = uint8_t(i);
         if (classSlot == kNoClass)
         {
-            classSlot = uint32_t(m_loadedClasses.size());
+            if (m_loadedClasses.size() >= kNoClass)
+                Fail(ArchiveError::badFormat, "too many record classes in the stream");
+            classSlot = uint8_t(m_loadedClasses.size());
             m_loadedClasses.emplace_back(name);
         }
         newClass = true;
@@ -426,7 +480,7 @@ std::unique_ptr<CObject> CArchive::ReadObject(const std::string_view* accepted, 
                 throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
                                    "class index " + std::to_string(classIndex) +
                                        " was not registered");
-            classSlot = m_loadedIndex[classIndex] & ~kIsClassBit;
+            classSlot = uint8_t(m_loadedIndex[classIndex] & ~kIsClassBit);
             if (!isAccepted(m_loadedClasses[classSlot]))
                 throw ArchiveError(ArchiveError::badClass, CurrentRecord(), tagAt,
                                    "found a " + m_loadedClasses[classSlot] + " record where a " +
@@ -457,7 +511,7 @@ std::unique_ptr<CObject> CArchive::ReadObject(const std::string_view* accepted, 
     if (m_loadedIndex.size() >= kMaxMapCount)
         Fail(ArchiveError::badFormat, "too many objects in the stream");
     if (newClass)
-        m_loadedIndex.push_back(classSlot | kIsClassBit);
+        m_loadedIndex.push_back(uint8_t(classSlot | kIsClassBit));
     m_loadedIndex.push_back(classSlot);
 
     const std::string* outer = m_currentRecord;

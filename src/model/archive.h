@@ -61,15 +61,23 @@ using ObjectFactory = std::function<std::unique_ptr<CObject>(std::string_view cl
 class CArchive
 {
 public:
-    // A storing archive appending to `out`.
+    // A storing archive appending to `out`. The bytes reach `out` in blocks: all of
+    // them once Flush() is called or the archive is destroyed.
     explicit CArchive(std::vector<uint8_t>& out);
+    ~CArchive();
+    CArchive(const CArchive&) = delete;
+    CArchive& operator=(const CArchive&) = delete;
+    CArchive(CArchive&& other) noexcept;
+
+    // Storing: appends what is buffered to the output.
+    void Flush();
     // A loading archive over `size` bytes at `data` (not copied; must outlive the archive).
     CArchive(const uint8_t* data, size_t size, ObjectFactory factory);
 
     bool IsStoring() const { return m_out != nullptr; }
     bool IsLoading() const { return m_out == nullptr; }
 
-    void WriteU8(uint8_t v) { m_out->push_back(v); }
+    void WriteU8(uint8_t v) { WriteLittle(v); }
     void WriteU16(uint16_t v) { WriteLittle(v); }
     void WriteU32(uint32_t v) { WriteLittle(v); }
     void WriteF32(float v) { WriteLittle(std::bit_cast<uint32_t>(v)); }
@@ -129,17 +137,15 @@ private:
             FailEndOfFile();
     }
     [[noreturn]] void FailEndOfFile() const;
-    void WriteBytes(const void* p, size_t n)
-    {
-        const size_t at = m_out->size();
-        m_out->resize(at + n);
-        std::memcpy(m_out->data() + at, p, n);
-    }
+    void WriteBytes(const void* p, size_t n);
     template <class T> void WriteLittle(T v)
     {
         if constexpr (std::endian::native != std::endian::little)
             v = ByteSwap(v);
-        WriteBytes(&v, sizeof v);
+        if (size_t(m_bufferEnd - m_cursor) < sizeof v) [[unlikely]]
+            Flush();
+        std::memcpy(m_cursor, &v, sizeof v);
+        m_cursor += sizeof v;
     }
     template <class T> T ReadLittle()
     {
@@ -163,6 +169,10 @@ private:
     uint32_t StoredClassIndex(const char* name) const;
 
     std::vector<uint8_t>* m_out = nullptr;
+    // Storing: values are gathered here and appended to *m_out a block at a time.
+    std::unique_ptr<uint8_t[]> m_buffer;
+    uint8_t* m_cursor = nullptr;
+    uint8_t* m_bufferEnd = nullptr;
     const uint8_t* m_data = nullptr;
     size_t m_size = 0;
     size_t m_pos = 0;
@@ -181,7 +191,7 @@ private:
     // Loading: the classes met so far (stable addresses), and for every registered
     // index the slot of its class in that list, with kIsClassBit set for a class index.
     std::deque<std::string> m_loadedClasses;
-    std::vector<uint32_t> m_loadedIndex;
+    std::vector<uint8_t> m_loadedIndex;
     const std::string* m_currentRecord = nullptr;
     std::string m_noRecord;
 };

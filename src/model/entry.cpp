@@ -1,5 +1,6 @@
 #include "model/entry.h"
 
+#include "model/entrypool.h"
 #include "model/task.h"
 
 namespace
@@ -16,6 +17,10 @@ CTinyTime LocalTimeOfDay(const CDateTime& d)
     return t;
 }
 } // namespace
+
+void* CEntry::operator new(std::size_t size) { return entrypool::Allocate(size); }
+
+void CEntry::operator delete(void* p, std::size_t size) noexcept { entrypool::Release(p, size); }
 
 void CEntry::Serialize(CArchive& ar)
 {

@@ -3,6 +3,7 @@
 #include "model/archive.h"
 #include "model/tinytime.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -17,10 +18,15 @@ public:
     const char* GetClassName() const override { return "CEntry"; }
     void Serialize(CArchive& ar) override; // versions 5 to 11: task id, note
 
-    uint32_t m_taskId = 0;
+    // Entries come by the million: they live in a pool of their own (entrypool.h).
+    static void* operator new(std::size_t size);
+    static void operator delete(void* p, std::size_t size) noexcept;
+
+    // (Declared in this order so that the kinds' own fields fill the padding after it.)
     std::string m_note;
     // In memory: the day that holds the entry, set while it is filed there.
     CDay* m_day = nullptr;
+    uint32_t m_taskId = 0;
 };
 
 class CTimeEntry : public CEntry
@@ -46,9 +52,9 @@ public:
     CTinyTime m_end;
     bool m_customBilling = false;
     bool m_billable = true;
-    double m_rate = 0.0;
     bool m_overtime = false;
     float m_overtimeMultiplier = 0.0f;
+    double m_rate = 0.0;
 };
 
 class CExpenseEntry : public CEntry
@@ -61,13 +67,13 @@ public:
     // The number in decimal, or empty when 0.
     std::string GetNumberText() const;
 
+    uint32_t m_expenseTypeId = uint32_t(-1);
     CDateTime m_date;
     double m_amount = 0.0;
-    uint32_t m_expenseTypeId = uint32_t(-1);
-    bool m_billable = true;
     uint32_t m_paymentMethodId = uint32_t(-1);
     uint32_t m_number = 0;
     float m_distance = 0.0f;
+    bool m_billable = true;
 };
 
 class CToDoEntry : public CEntry

@@ -137,15 +137,16 @@ void CTimeKeeperDoc::NewDocument(const std::string& employeeName)
 
 std::unique_ptr<CObject> CTimeKeeperDoc::CreateRecord(std::string_view className)
 {
-    // The entries come first: a large document is almost all entries.
+    // The entries come first: a large document is almost all entries. Every field is
+    // read or defaulted by Serialize, so they are not zeroed first.
     if (className == "CTimeEntry")
-        return std::make_unique<CTimeEntry>();
+        return std::unique_ptr<CObject>(new CTimeEntry);
     if (className == "CExpenseEntry")
-        return std::make_unique<CExpenseEntry>();
+        return std::unique_ptr<CObject>(new CExpenseEntry);
     if (className == "CDay")
         return std::make_unique<CDay>();
     if (className == "CToDoEntry")
-        return std::make_unique<CToDoEntry>();
+        return std::unique_ptr<CObject>(new CToDoEntry);
     if (className == "CTask")
         return std::make_unique<CTask>();
     if (className == "CActivityRate")
@@ -393,11 +394,13 @@ void CTimeKeeperDoc::ReadDays(CArchive& ar, uint32_t count)
         for (const auto& e : day->ToDoEntries())
             OwnerForRead(*e)->m_todoEntries.push_back(e.get());
 
-        auto it = m_days.find(day->GetKey());
-        if (it == m_days.end())
+        // Days are written in key order: the hint makes each insertion constant time.
+        auto it = m_days.empty() || m_days.rbegin()->first < day->GetKey() ? m_days.end()
+                                                                            : m_days.lower_bound(day->GetKey());
+        if (it == m_days.end() || it->first != day->GetKey())
         {
             std::string key = day->GetKey();
-            m_days.emplace(std::move(key), std::move(day));
+            m_days.emplace_hint(it, std::move(key), std::move(day));
             continue;
         }
         // The same day twice: one day holds the entries of both.
@@ -501,6 +504,7 @@ std::vector<uint8_t> CTimeKeeperDoc::SaveToBytes()
     bytes.reserve(4096 + m_tasks.size() * 128 + m_days.size() * 32 + entries * 64);
     CArchive ar(bytes);
     WriteDocument(ar, false, CDateTime::Null(), CDateTime::Null(), {});
+    ar.Flush();
     return bytes;
 }
 
@@ -511,6 +515,7 @@ std::vector<uint8_t> CTimeKeeperDoc::WriteSelection(const CDateTime& from, const
     std::vector<uint8_t> bytes;
     CArchive ar(bytes);
     WriteDocument(ar, true, from, to, {taskId});
+    ar.Flush();
     return bytes;
 }
 

@@ -28,11 +28,11 @@ public:
 
     int GetHour() const { return m_hour; }
     int GetMinute() const { return m_minute; }
-    Status GetStatus() const { return m_status; }
+    Status GetStatus() const { return Status(m_status); }
     bool IsNull() const { return m_status == null; }
     bool IsValid() const { return m_status == valid; }
     void SetNull() { *this = CTinyTime(); }
-    void SetStatus(Status s) { m_status = s; }
+    void SetStatus(Status s) { m_status = uint8_t(s); }
 
     // Minutes since 00:00; 24:00 gives 1440.
     int MinutesOfDay() const { return m_hour * 60 + m_minute; }
@@ -55,7 +55,8 @@ public:
 private:
     uint8_t m_hour = 255;
     uint8_t m_minute = 255;
-    Status m_status = null;
+    // Held in a byte (the file stores 32 bits): time entries by the million carry two.
+    uint8_t m_status = null;
 };
 
 // A duration in hours and minutes (0 to 59).

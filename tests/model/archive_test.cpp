@@ -16,6 +16,7 @@ std::vector<uint8_t> Written(const std::function<void(CArchive&)>& write)
     std::vector<uint8_t> out;
     CArchive ar(out);
     write(ar);
+    ar.Flush();
     return out;
 }
 

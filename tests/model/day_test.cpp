@@ -140,6 +140,7 @@ TEST(DayIndex, SelectionLimitsWhatIsWritten)
     std::vector<uint8_t> bytes;
     CArchive out(bytes);
     out.WriteObject(day);
+    out.Flush();
     day.SetSelection(nullptr);
 
     qvtest::StreamBuilder b;

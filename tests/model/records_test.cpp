@@ -18,6 +18,7 @@ template <class T> std::unique_ptr<T> Reread(T& record)
     std::vector<uint8_t> bytes;
     CArchive out(bytes);
     out.WriteObject(record);
+    out.Flush();
     StreamBuilder b;
     b.Bytes(bytes);
     return ReadOne<T>(b, record.GetClassName());
@@ -388,6 +389,7 @@ TEST(ReportRecord, InvoiceStoredOrder)
     std::vector<uint8_t> bytes;
     CArchive out(bytes);
     out.WriteObject(*invoice);
+    out.Flush();
     // Tag (6 + 14 bytes), version, id, kind, empty name, two dates, level, preset, frame,
     // field flags, show empty rows, include billable, include non-billable, then the
     // recipient and show terms.
@@ -426,6 +428,7 @@ TEST(ReportRecord, Version8HasOldDatesAndNoFont)
     std::vector<uint8_t> bytes;
     CArchive out(bytes);
     out.WriteObject(*report);
+    out.Flush();
     EXPECT_EQ(bytes[2 + 2 + 2 + 18], 11);
 }
 
