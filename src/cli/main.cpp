@@ -64,6 +64,7 @@ int main(int argc, char** argv)
     RegisterCatalogCommands(table);
     RegisterEntryCommands(table);
     RegisterTimerCommands(table);
+    RegisterReportCommands(table);
 
     std::vector<std::string> args;
     TerminalPrompter::Preset preset = TerminalPrompter::Preset::none;
