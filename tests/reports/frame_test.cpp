@@ -11,23 +11,6 @@
 
 using reports::FixedMetricsCanvas;
 
-namespace
-{
-// A text line with the given pieces starting at the given columns.
-std::string Cols(std::initializer_list<std::pair<size_t, std::string>> pieces)
-{
-    std::string line;
-    for (const auto& [column, text] : pieces)
-    {
-        line.resize(column, ' ');
-        line += text;
-    }
-    return line;
-}
-
-std::string Dashes(size_t from, size_t to) { return std::string(from, ' ') + std::string(to - from, '-'); }
-} // namespace
-
 class FrameTest : public SampleReportTest
 {
 };

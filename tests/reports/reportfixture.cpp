@@ -5,6 +5,19 @@
 #include <fstream>
 #include <sstream>
 
+std::string Cols(std::initializer_list<std::pair<size_t, std::string>> pieces)
+{
+    std::string line;
+    for (const auto& [column, text] : pieces)
+    {
+        line.resize(column, ' ');
+        line += text;
+    }
+    return line;
+}
+
+std::string Dashes(size_t from, size_t to) { return std::string(from, ' ') + std::string(to - from, '-'); }
+
 ReportTest::ReportTest() : m_clock(platform::LocalTime{2024, 3, 20, 12, 0, 0})
 {
     m_app = std::make_unique<CTimeKeeperApp>(m_store, m_clock, platform::LocaleInfo::UnitedStates());

@@ -8,8 +8,14 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <memory>
 #include <string>
+
+// A line of page text with the given pieces starting at the given columns, and a
+// rule from one column up to (not including) another.
+std::string Cols(std::initializer_list<std::pair<size_t, std::string>> pieces);
+std::string Dashes(size_t from, size_t to);
 
 // A U.S. application with an in-memory settings store and a clock standing at
 // 20 March 2024, noon, and a document for "Pat Doe" that tests fill in.
