@@ -1,6 +1,7 @@
 #pragma once
 
-// Record bodies of the file layouts before version 11, assembled value by value.
+// Record bodies and document heads of the file layouts before version 11, assembled
+// value by value (for reader tests and fuzz seeds).
 
 #include "model/archive.h"
 #include "model/timekeeperdoc.h"
