@@ -564,3 +564,167 @@ TEST_F(QvxTest, DemoDocumentIsRealisticAndRepeatable)
                                   "2024-06-12 10:00");
     EXPECT_EQ(overlap.exitCode, 1) << overlap.out;
 }
+
+TEST_F(QvxDocTest, ReportDefinitions)
+{
+    Ok({"activity", "add", "doc.qvx", "Design"});
+    Ok({"report", "new", "doc.qvx", "--kind", "time-summary", "--name", "Weekly by activity", "--summarize",
+        "activity", "--time-frame", "week", "--totals", "yes", "--preset", "previous-month", "--fields",
+        "task-id,billing-rate"});
+    Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme June", "--task", "Acme", "--from",
+        "2024-06-01", "--to", "2024-06-30", "--recipient", "Acme Corp\\n1 Main St", "--terms", "Net 15", "--tax",
+        "8.5", "--activities", "design", "--summarize", "Project"});
+    Ok({"report", "new", "doc.qvx", "--kind", "To Do Detail", "--name", "Done", "--include", "completed"});
+
+    const Json dump = DumpJson("doc.qvx");
+    ASSERT_EQ(dump["reports"].Size(), 3u);
+    const Json& summary = dump["reports"][0];
+    EXPECT_EQ(summary["id"].Int(), 1);
+    EXPECT_EQ(summary["kind"].Int(), 1);
+    EXPECT_EQ(summary["preset"].Int(), 4);
+    EXPECT_EQ(summary["summarize_level"].Int(), -1);
+    EXPECT_EQ(summary["time_frame"].Int(), 3);
+    EXPECT_TRUE(summary["show_totals"].Bool());
+    EXPECT_EQ(summary["fields"].Int(), 0x11);
+    EXPECT_EQ(Ids(summary["tasks"]), (std::vector<long>{1}));
+    EXPECT_EQ(Ids(summary["activities"]), (std::vector<long>{0}));
+    const Json& invoice = dump["reports"][1];
+    EXPECT_EQ(invoice["kind"].Int(), 5);
+    EXPECT_EQ(invoice["preset"].Int(), 0);
+    EXPECT_EQ(invoice["start"].Str(), "2024-06-01");
+    EXPECT_EQ(invoice["end"].Str(), "2024-06-30");
+    EXPECT_EQ(Ids(invoice["tasks"]), (std::vector<long>{2}));
+    EXPECT_EQ(invoice["recipient"].Str(), "Acme Corp\n1 Main St");
+    EXPECT_EQ(invoice["terms"].Str(), "Net 15");
+    EXPECT_TRUE(invoice["show_terms"].Bool());
+    EXPECT_TRUE(invoice["add_tax"].Bool());
+    EXPECT_DOUBLE_EQ(invoice["tax_rate"].Number(), 8.5);
+    EXPECT_EQ(invoice["summarize_level"].Int(), 2);
+    EXPECT_EQ(Ids(invoice["activities"]), (std::vector<long>{1}));
+    const Json& todo = dump["reports"][2];
+    EXPECT_FALSE(todo["include_billable"].Bool()) << "outstanding entries left out";
+    EXPECT_TRUE(todo["include_non_billable"].Bool());
+    EXPECT_EQ(todo["preset"].Int(), 7) << "all dates when none is given";
+
+    const std::string list = Ok({"report", "list", "doc.qvx"});
+    EXPECT_TRUE(Contains(list, "Weekly by activity")) << list;
+    EXPECT_TRUE(Contains(list, "Previous Month")) << list;
+    EXPECT_TRUE(Contains(list, "6/1/2024-6/30/2024") || Contains(list, "06/01/2024-06/30/2024")) << list;
+
+    // Mistakes are refused with what would have been accepted, and nothing is added.
+    const std::vector<uint8_t> before = ReadBytes("doc.qvx");
+    const struct
+    {
+        std::vector<std::string> options;
+        const char* expected;
+    } bad[] = {
+        {{"--kind", "timesheet"}, "time-detail, time-summary"},
+        {{"--kind", "time-detail", "--preset", "this-week"}, "current-week"},
+        {{"--kind", "time-detail", "--fields", "note,colour"}, "billing-amount"},
+        {{"--kind", "expense-summary", "--summarize", "activity"}, "expense-type"},
+        {{"--kind", "time-summary", "--time-frame", "fortnight"}, "week"},
+        {{"--kind", "time-detail", "--from", "2024-13-01", "--to", "2024-12-31"}, "is not a date"},
+        {{"--kind", "time-detail", "--recipient", "Someone"}, "invoice"},
+        {{"--kind", "time-detail", "--include", "maybe"}, "non-billable"},
+    };
+    for (const auto& b : bad)
+    {
+        std::vector<std::string> args = {"report", "new", "doc.qvx", "--name", "Bad"};
+        args.insert(args.end(), b.options.begin(), b.options.end());
+        const QvxResult r = Run(args);
+        EXPECT_EQ(r.exitCode, 2) << b.expected;
+        ASSERT_EQ(r.ErrLines().size(), 1u) << r.err;
+        EXPECT_TRUE(Contains(r.err, b.expected)) << r.err;
+    }
+    const QvxResult backwards = Run({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "Bad", "--from",
+                                     "2024-06-10", "--to", "2024-06-01"});
+    EXPECT_TRUE(Contains(backwards.err, "Start date must be on or before end date.")) << backwards.err;
+    const QvxResult unnamed = Run({"report", "new", "doc.qvx", "--kind", "time-detail"});
+    EXPECT_TRUE(Contains(unnamed.err, "Enter a name for this report.")) << unnamed.err;
+    EXPECT_EQ(ReadBytes("doc.qvx"), before);
+
+    Ok({"--yes", "report", "rm", "doc.qvx", "Done"});
+    Ok({"report", "set", "doc.qvx", "#1", "--name", "Renamed", "--rollup", "yes"});
+    const Json after = DumpJson("doc.qvx");
+    ASSERT_EQ(after["reports"].Size(), 2u);
+    EXPECT_EQ(after["reports"][0]["name"].Str(), "Renamed");
+    EXPECT_TRUE(after["reports"][0]["rollup"].Bool());
+    EXPECT_EQ(after["last_ids"]["report"].Int(), 3);
+}
+
+TEST_F(QvxDocTest, ReportExportsAndPages)
+{
+    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00", "--end", "10:30",
+        "--note", "Mock-ups"});
+    Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "13:00", "--end", "13:45"});
+    Ok({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "June/All work", "--from", "2024-06-01",
+        "--to", "2024-06-30", "--fields", "note"});
+
+    // The default file name is the report name up to its first "/".
+    std::string out = Ok({"report", "export", "doc.qvx", "June/All work", "--format", "csv"});
+    EXPECT_TRUE(Contains(out, "June.csv")) << out;
+    const std::vector<uint8_t> csv = ReadBytes("June.csv");
+    const std::string text(csv.begin(), csv.end());
+    EXPECT_TRUE(Contains(text, "Mock-ups")) << text;
+    EXPECT_TRUE(Contains(text, "\r\n")) << "export lines end with CR LF";
+    EXPECT_EQ(Run({"report", "export", "doc.qvx", "#1", "--format", "csv"}).exitCode, 1) << "kept without --force";
+    EXPECT_EQ(ReadBytes("June.csv"), csv);
+    Ok({"report", "export", "doc.qvx", "#1", "--format", "csv", "--force"});
+
+    const std::string html = Ok({"report", "export", "doc.qvx", "#1", "--format", "html", "--out", "-"});
+    EXPECT_EQ(html.rfind("<!DOCTYPE HTML PUBLIC \"-//IETF//DTD HTML 3.2//EN\">", 0), 0u) << html;
+    EXPECT_TRUE(Contains(html, "June/All work")) << html;
+    Ok({"report", "export", "doc.qvx", "#1", "--format", "tab", "--out", "work.tab"});
+    const std::vector<uint8_t> tab = ReadBytes("work.tab");
+    EXPECT_TRUE(Contains(std::string(tab.begin(), tab.end()), "\tMock-ups")) << "cells separated by tabs";
+
+    out = Ok({"report", "pages", "doc.qvx", "#1"});
+    EXPECT_EQ(out.rfind("1 page\n--- Page 1 ---\n", 0), 0u) << out;
+    EXPECT_TRUE(Contains(out, "June/All work")) << out;
+    EXPECT_TRUE(Contains(out, "Page 1")) << out;
+    EXPECT_TRUE(Contains(out, "Mock-ups")) << out;
+    EXPECT_TRUE(Contains(out, "2:15")) << "the total of both entries\n" << out;
+
+    const QvxResult badFormat = Run({"report", "export", "doc.qvx", "#1", "--format", "pdf"});
+    EXPECT_EQ(badFormat.exitCode, 2);
+    EXPECT_TRUE(Contains(badFormat.err, "csv, tab, html")) << badFormat.err;
+}
+
+TEST_F(QvxDocTest, InvoiceNumbering)
+{
+    WriteSettings({"InvoiceNumber=41"});
+    Ok({"task", "set", "doc.qvx", "Acme", "--rate", "100"});
+    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00", "--end", "10:30"});
+    Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme", "--task", "Acme", "--preset", "all",
+        "--recipient", "Acme Corp"});
+    Ok({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "Hours"});
+
+    std::string out = Ok({"invoice", "doc.qvx", "Acme"});
+    EXPECT_TRUE(Contains(out, "Invoice number 41")) << out;
+    EXPECT_TRUE(Contains(out, "Acme Corp")) << out;
+    EXPECT_TRUE(Contains(out, "$150.00")) << out;
+    EXPECT_EQ(DumpJson("doc.qvx")["reports"][0]["invoice_number"].Int(), 41);
+
+    // Numbered already: replacing the number is a question.
+    const std::vector<uint8_t> before = ReadBytes("doc.qvx");
+    const QvxResult unanswered = Run({"invoice", "doc.qvx", "Acme"});
+    EXPECT_EQ(unanswered.exitCode, 1);
+    EXPECT_EQ(ReadBytes("doc.qvx"), before);
+    out = Ok({"--no", "invoice", "doc.qvx", "Acme", "--format", "csv", "--out", "-"});
+    EXPECT_TRUE(Contains(out, "Invoice number 41")) << out;
+    out = Ok({"--yes", "invoice", "doc.qvx", "Acme", "--format", "csv", "--out", "acme.csv"});
+    EXPECT_TRUE(Contains(out, "Invoice number 42")) << out;
+    EXPECT_EQ(DumpJson("doc.qvx")["reports"][0]["invoice_number"].Int(), 42);
+
+    // A number of its own leaves the counter alone.
+    Ok({"report", "set", "doc.qvx", "Acme", "--number", "7"});
+    out = Ok({"invoice", "doc.qvx", "Acme"});
+    EXPECT_TRUE(Contains(out, "Invoice number 7")) << out;
+    Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Next", "--task", "Acme"});
+    out = Ok({"invoice", "doc.qvx", "Next"});
+    EXPECT_TRUE(Contains(out, "Invoice number 43")) << out;
+
+    const QvxResult notInvoice = Run({"invoice", "doc.qvx", "Hours"});
+    EXPECT_EQ(notInvoice.exitCode, 1);
+    EXPECT_TRUE(Contains(notInvoice.err, "not an invoice")) << notInvoice.err;
+}
