@@ -97,8 +97,6 @@ bool CAutoSave::Save()
         if (!m_doc.IsModified())
             return true;
         saved = m_doc.OnSaveDocument(m_doc.GetPathName(), recorder);
-        if (saved)
-            m_doc.SetModifiedFlag(false);
     }
     for (const std::string& message : recorder.Messages())
         m_prompter.ShowMessage(message, saved ? platform::Icon::warning : platform::Icon::error);

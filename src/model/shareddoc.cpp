@@ -77,19 +77,24 @@ std::string CSharedDoc::BackupQuestion(const std::string& path)
 
 void CSharedDoc::CloseHeldFile()
 {
-    std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
+    std::lock_guard<std::recursive_mutex> guard(GetLock());
     m_heldFile.reset();
     m_readOnly = false;
+    m_heldFileDamaged = false;
+}
+
+void CSharedDoc::KeepPathName(const std::string& path)
+{
+    if (m_pathName != path)
+        m_pathName = path;
 }
 
 bool CSharedDoc::OnOpenDocument(const std::string& path, platform::Prompter& prompter)
 {
+    std::lock_guard<std::recursive_mutex> guard(GetLock());
     CloseHeldFile();
-    {
-        // Without its file the old path must not be saved to any more.
-        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
-        m_pathName.clear();
-    }
+    // Without its file the old path must not be saved to any more.
+    KeepPathName(std::string());
     std::unique_ptr<platform::SharedFile> file = platform::SharedFile::OpenShared(path, false);
     if (!file)
     {
@@ -106,43 +111,29 @@ bool CSharedDoc::OnOpenDocument(const std::string& path, platform::Prompter& pro
         prompter.ShowMessage(ReadError(path, err), platform::Icon::error);
         return false;
     }
-    {
-        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
-        m_readOnly = file->IsReadOnly();
-        m_heldFile = std::move(file);
-    }
+    m_readOnly = file->IsReadOnly();
+    m_heldFile = std::move(file);
     if (!ReadFromBytes(bytes, prompter))
     {
         CloseHeldFile();
         return false;
     }
-    std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
-    m_pathName = path;
+    KeepPathName(path);
     return true;
 }
 
 bool CSharedDoc::OnSaveDocument(const std::string& path, platform::Prompter& prompter)
 {
+    std::lock_guard<std::recursive_mutex> guard(GetLock());
     const std::string inUse = platform::FormatPrintf(kInUse, path);
-    bool sameFile = false;
-    {
-        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
-        sameFile = m_heldFile && m_heldFile->GetPath() == path;
-        if (sameFile && m_readOnly)
-        {
-            prompter.ShowMessage(inUse, platform::Icon::warning);
-            return false;
-        }
-    }
+    const bool sameFile = m_heldFile && m_heldFile->GetPath() == path;
     std::unique_ptr<platform::SharedFile> newFile;
     if (!sameFile)
-    {
         newFile = platform::SharedFile::OpenShared(path, true);
-        if (!newFile || newFile->IsReadOnly())
-        {
-            prompter.ShowMessage(inUse, platform::Icon::warning);
-            return false;
-        }
+    if (sameFile ? m_readOnly.load() : !newFile || newFile->IsReadOnly())
+    {
+        prompter.ShowMessage(inUse, platform::Icon::warning);
+        return false;
     }
 
     std::vector<uint8_t> bytes;
@@ -155,24 +146,16 @@ bool CSharedDoc::OnSaveDocument(const std::string& path, platform::Prompter& pro
         prompter.ShowMessage(WriteError(path, e.what(), false), platform::Icon::error);
         return false;
     }
-
+    if (newFile)
     {
-        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
-        if (newFile)
-        {
-            m_heldFile = std::move(newFile);
-            m_readOnly = false;
-        }
-        else if (!m_heldFile || m_heldFile->GetPath() != path || m_readOnly)
-        {
-            // The held file changed hands while the contents were being taken.
-            prompter.ShowMessage(inUse, platform::Icon::warning);
-            return false;
-        }
-        if (!WriteHeldFile(bytes, true, prompter))
-            return false;
-        m_pathName = path;
+        m_heldFile = std::move(newFile);
+        m_readOnly = false;
+        m_heldFileDamaged = false;
     }
+    if (!WriteHeldFile(bytes, true, prompter))
+        return false;
+    KeepPathName(path);
+    SetModifiedFlag(false);
     if (m_onSaved)
         m_onSaved();
     return true;
@@ -185,6 +168,10 @@ bool CSharedDoc::WriteHeldFile(const std::vector<uint8_t>& bytes, bool makeBacku
     const std::string& path = file.GetPath();
     const std::string backup = BackupPathFor(path);
     int err = 0;
+    // After a failed write the file is no copy worth keeping: the backup made before that
+    // write holds the last good contents and must not be replaced by the damaged file.
+    if (m_heldFileDamaged && HasBackup(path))
+        makeBackup = false;
     if (makeBackup && !platform::SharedFile::CopyFile(path, backup, &err))
     {
         prompter.ShowMessage(platform::FormatPrintf(kCopyError, std::to_string(unsigned(err))),
@@ -198,6 +185,7 @@ bool CSharedDoc::WriteHeldFile(const std::vector<uint8_t>& bytes, bool makeBacku
     }
     const bool written = file.Rewrite(bytes.data(), bytes.size(), &err);
     file.UnlockAfterWriting();
+    m_heldFileDamaged = !written;
     if (!written)
     {
         prompter.ShowMessage(WriteError(path, std::strerror(err), true), platform::Icon::error);
@@ -209,6 +197,7 @@ bool CSharedDoc::WriteHeldFile(const std::vector<uint8_t>& bytes, bool makeBacku
 
 bool CSharedDoc::RestoreFromBackup(const std::string& path, platform::Prompter& prompter)
 {
+    std::lock_guard<std::recursive_mutex> guard(GetLock());
     const std::string backup = BackupPathFor(path);
     std::vector<uint8_t> bytes;
     if (!ReadPlainFile(backup, bytes))
@@ -218,6 +207,7 @@ bool CSharedDoc::RestoreFromBackup(const std::string& path, platform::Prompter& 
     }
 
     CloseHeldFile();
+    KeepPathName(std::string());
     std::unique_ptr<platform::SharedFile> file = platform::SharedFile::OpenShared(path, false);
     if (!file)
         file = platform::SharedFile::OpenShared(path, true); // the damaged file is gone: recreate it
@@ -229,18 +219,15 @@ bool CSharedDoc::RestoreFromBackup(const std::string& path, platform::Prompter& 
     const bool readOnly = file->IsReadOnly();
     if (readOnly)
         prompter.ShowMessage(platform::FormatPrintf(kReadOnlyNotice, path), platform::Icon::warning);
-    {
-        std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
-        m_readOnly = readOnly;
-        m_heldFile = std::move(file);
-    }
+    m_readOnly = readOnly;
+    m_heldFile = std::move(file);
+    m_heldFileDamaged = true; // it failed to load: the backup is the good copy
     if (!ReadFromBytes(bytes, prompter))
     {
         CloseHeldFile();
         return false;
     }
-    std::lock_guard<std::recursive_mutex> guard(m_fileMutex);
-    m_pathName = path;
+    KeepPathName(path);
     // Written back as it was read, so the file holds exactly what the document shows.
     // When that fails the message says so and the backup stays; the document is open.
     if (!readOnly)

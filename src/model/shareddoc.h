@@ -25,6 +25,12 @@ public:
     CSharedDoc();
     virtual ~CSharedDoc();
 
+    // The document's one re-entrant lock. Opening, saving and releasing the file hold it
+    // throughout, so that the automatic save never meets a file or path half changed.
+    virtual std::recursive_mutex& GetLock() const = 0;
+    // A successful save clears the document's modified flag, under the lock.
+    virtual void SetModifiedFlag(bool modified = true) = 0;
+
     const std::string& GetPathName() const { return m_pathName; }
     void SetPathName(const std::string& path) { m_pathName = path; }
     bool IsReadOnly() const { return m_readOnly; }
@@ -38,12 +44,12 @@ public:
     // Saves to `path` (the held file when it is the same path). Messages go through
     // `prompter`. A file held read-only is refused with the in-use message: the caller
     // then asks for another name (Save turns into Save As). On success the document's
-    // path becomes `path`; the modified flag is the caller's to clear.
+    // path becomes `path` and it is no longer modified.
     bool OnSaveDocument(const std::string& path, platform::Prompter& prompter);
     // Releases the held file (new document, close, before opening another).
     void CloseHeldFile();
 
-    // Told after every successful save, whoever asked for it.
+    // Told after every successful save, whoever asked for it (under the document lock).
     std::function<void()> m_onSaved;
 
     // Where the copy of the previous contents stays while a save is under way.
@@ -67,15 +73,15 @@ protected:
     std::string m_pathName;
     std::unique_ptr<platform::SharedFile> m_heldFile;
     std::atomic<bool> m_readOnly{false};
+    // The last write into the held file failed part way: its backup is the good copy.
+    bool m_heldFileDamaged = false;
 
 private:
     // Writes `bytes` into the held file the safe way: backup, lock, rewrite, sync, unlock,
     // remove the backup. `makeBackup` is off when the backup is the source itself.
     bool WriteHeldFile(const std::vector<uint8_t>& bytes, bool makeBackup,
                        platform::Prompter& prompter);
-
-    // Serialises the file operations of the user's thread and the automatic save. The
-    // contents are taken (WriteToBytes, under the document lock) before it is locked, so
-    // it is never held while waiting for the document lock.
-    std::recursive_mutex m_fileMutex;
+    // Sets the path; an unchanged path is not written, so readers on other threads that
+    // do not hold the lock never see it change under them.
+    void KeepPathName(const std::string& path);
 };

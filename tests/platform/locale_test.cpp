@@ -1,72 +1,32 @@
 #include "platform/locale.h"
+#include "scratchdir.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <optional>
-#include <string>
 
 using platform::LocaleInfo;
-
-namespace
-{
 
 #define REQUIRE_LOCALE(name)                                                                       \
     if (!LocaleInfo::IsAvailable(name))                                                            \
     GTEST_SKIP() << name << " is not installed (package locales-all)"
-
-class ScopedEnv
-{
-public:
-    ScopedEnv(const char* name, const char* value) : m_name(name)
-    {
-        if (const char* old = std::getenv(name))
-            m_old = old;
-        if (value)
-            ::setenv(name, value, 1);
-        else
-            ::unsetenv(name);
-    }
-    ~ScopedEnv()
-    {
-        if (m_old)
-            ::setenv(m_name, m_old->c_str(), 1);
-        else
-            ::unsetenv(m_name);
-    }
-
-private:
-    const char* m_name;
-    std::optional<std::string> m_old;
-};
-
-} // namespace
 
 TEST(Locale, UnitedStatesFromTheCLibraryMatchesTheBuiltInConventions)
 {
     REQUIRE_LOCALE("en_US.UTF-8");
     const LocaleInfo us = LocaleInfo::FromName("en_US.UTF-8");
     const LocaleInfo builtIn = LocaleInfo::UnitedStates();
-    EXPECT_EQ(us.shortDateOrder, 0);
-    EXPECT_EQ(us.dateSeparator, "/");
-    EXPECT_EQ(us.shortDatePicture, "%m/%d/%Y");
+    EXPECT_EQ(us.shortDateOrder, builtIn.shortDateOrder);
+    EXPECT_EQ(us.shortDatePicture, builtIn.shortDatePicture);
     EXPECT_EQ(us.longDatePicture, builtIn.longDatePicture);
-    EXPECT_EQ(us.timeFormat, "h:mm:ss tt");
-    EXPECT_EQ(us.timeSeparator, ":");
+    EXPECT_EQ(us.timeFormat, builtIn.timeFormat);
     EXPECT_FALSE(us.clock24);
     EXPECT_EQ(us.amSymbol, "AM");
-    EXPECT_EQ(us.pmSymbol, "PM");
     EXPECT_EQ(us.firstDayOfWeek, 6) << "Sunday";
     EXPECT_EQ(us.measurementSystem, 1);
-    EXPECT_EQ(us.decimalSeparator, ".");
     EXPECT_EQ(us.thousandsSeparator, ",");
     EXPECT_EQ(us.currencySymbol, "$");
     EXPECT_TRUE(us.currencySymbolFirst);
     EXPECT_FALSE(us.currencySpaceSeparated);
-    EXPECT_EQ(us.currencyDigits, 2);
-    EXPECT_EQ(us.grouping, 3);
-    EXPECT_EQ(us.dayNames[0], "Sunday");
     EXPECT_EQ(us.abbrevMonthNames[11], "Dec");
-    EXPECT_EQ(us.ListSeparator(), ",");
 }
 
 TEST(Locale, Germany)
@@ -80,7 +40,6 @@ TEST(Locale, Germany)
     EXPECT_EQ(de.timeFormat, "HH:mm:ss");
     EXPECT_TRUE(de.clock24);
     EXPECT_EQ(de.amSymbol, "");
-    EXPECT_EQ(de.pmSymbol, "");
     EXPECT_EQ(de.firstDayOfWeek, 0) << "Monday";
     EXPECT_EQ(de.measurementSystem, 0);
     EXPECT_EQ(de.decimalSeparator, ",");
@@ -88,33 +47,24 @@ TEST(Locale, Germany)
     EXPECT_EQ(de.currencySymbol, "€");
     EXPECT_FALSE(de.currencySymbolFirst);
     EXPECT_TRUE(de.currencySpaceSeparated);
-    EXPECT_EQ(de.monetaryDecimalSeparator, ",");
-    EXPECT_EQ(de.monetaryThousandsSeparator, ".");
-    EXPECT_EQ(de.dayNames[1], "Montag");
     EXPECT_EQ(de.monthNames[2], "März");
     EXPECT_EQ(de.ListSeparator(), ";");
 }
 
-TEST(Locale, GreatBritain)
+TEST(Locale, GreatBritainAndYearFirstSweden)
 {
     REQUIRE_LOCALE("en_GB.UTF-8");
     const LocaleInfo gb = LocaleInfo::FromName("en_GB.UTF-8");
     EXPECT_EQ(gb.shortDateOrder, 1);
-    EXPECT_EQ(gb.dateSeparator, "/");
     EXPECT_EQ(gb.shortDatePicture, "%d/%m/%y");
+    // A 24-hour clock that still names am and pm.
     EXPECT_EQ(gb.timeFormat, "HH:mm:ss");
     EXPECT_TRUE(gb.clock24);
-    // A 24-hour clock that still names am and pm.
     EXPECT_EQ(gb.amSymbol, "am");
     EXPECT_EQ(gb.firstDayOfWeek, 0);
     EXPECT_EQ(gb.measurementSystem, 0);
     EXPECT_EQ(gb.currencySymbol, "£");
-    EXPECT_TRUE(gb.currencySymbolFirst);
-    EXPECT_EQ(gb.ListSeparator(), ",");
-}
 
-TEST(Locale, YearFirstOrderAndForeignTimeSeparators)
-{
     REQUIRE_LOCALE("sv_SE.UTF-8");
     const LocaleInfo sv = LocaleInfo::FromName("sv_SE.UTF-8");
     EXPECT_EQ(sv.shortDateOrder, 2);
@@ -123,12 +73,10 @@ TEST(Locale, YearFirstOrderAndForeignTimeSeparators)
     EXPECT_EQ(sv.longDatePicture, "%A %e %B %Y");
 }
 
-TEST(Locale, MissingLocaleAndPlainCategoriesKeepTheUnitedStatesConventions)
+TEST(Locale, MissingLocalesAndPlainCategoriesKeepTheUnitedStatesConventions)
 {
-    const LocaleInfo missing = LocaleInfo::FromName("xx_NOWHERE.UTF-8");
-    EXPECT_EQ(missing.shortDatePicture, "%m/%d/%Y");
-    EXPECT_EQ(missing.currencySymbol, "$");
     EXPECT_FALSE(LocaleInfo::IsAvailable("xx_NOWHERE.UTF-8"));
+    EXPECT_EQ(LocaleInfo::FromName("xx_NOWHERE.UTF-8").shortDatePicture, "%m/%d/%Y");
 
     REQUIRE_LOCALE("de_DE.UTF-8");
     ScopedEnv all("LC_ALL", nullptr);
@@ -140,16 +88,7 @@ TEST(Locale, MissingLocaleAndPlainCategoriesKeepTheUnitedStatesConventions)
     const LocaleInfo mixed = LocaleInfo::FromEnvironment();
     EXPECT_EQ(mixed.currencySymbol, "€");
     EXPECT_EQ(mixed.decimalSeparator, ",");
-    EXPECT_EQ(mixed.shortDatePicture, "%m/%d/%Y") << "plain C dates are read as U.S. ones";
+    EXPECT_EQ(mixed.shortDatePicture, "%m/%d/%Y") << "plain C dates read as U.S. ones";
     EXPECT_EQ(mixed.timeFormat, "h:mm:ss tt");
     EXPECT_EQ(mixed.measurementSystem, 1);
-}
-
-TEST(Locale, EnvironmentIsHonoured)
-{
-    REQUIRE_LOCALE("de_DE.UTF-8");
-    ScopedEnv all("LC_ALL", "de_DE.UTF-8");
-    const LocaleInfo de = LocaleInfo::FromEnvironment();
-    EXPECT_EQ(de.shortDatePicture, "%d.%m.%Y");
-    EXPECT_EQ(de.measurementSystem, 0);
 }

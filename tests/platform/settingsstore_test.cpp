@@ -2,62 +2,33 @@
 #include "scratchdir.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <optional>
+#include <utility>
 
 using platform::SettingsStore;
-
-namespace
-{
-
-// Sets an environment variable for the length of a scope.
-class ScopedEnv
-{
-public:
-    ScopedEnv(const char* name, const char* value) : m_name(name)
-    {
-        if (const char* old = std::getenv(name))
-            m_old = old;
-        if (value)
-            ::setenv(name, value, 1);
-        else
-            ::unsetenv(name);
-    }
-    ~ScopedEnv()
-    {
-        if (m_old)
-            ::setenv(m_name, m_old->c_str(), 1);
-        else
-            ::unsetenv(m_name);
-    }
-
-private:
-    const char* m_name;
-    std::optional<std::string> m_old;
-};
-
-} // namespace
 
 TEST(SettingsStore, AwkwardKeysAndValuesSurviveTheFile)
 {
     ScratchDir dir;
     const std::string path = dir.File("nested/folder/settings.conf");
-    const std::string address = "Halvery Ltd\n12 Long Road\r\nTown";
+    const std::pair<std::string, std::string> values[] = {
+        {"InvoiceAddress", "Halvery Ltd\n12 Long Road\r\nTown"},
+        {"Path", "C:\\work\\new\\table.qvx"},
+        {"Padded", "  two spaces each side  "},
+        {"Tabs", "\tx\t"},
+        {"Bell", "a\x07z"},
+        {"Unicode", "Zoë – 5 €"},
+        {"Empty", ""},
+        {"a=b", "key with an equals sign"},
+        {"[odd", "key that looks like a section"},
+        {";odd", "key that looks like a comment"},
+    };
     {
         SettingsStore store(path);
         ASSERT_TRUE(store.Load());
-        store.SetString("Settings", "InvoiceAddress", address);
-        store.SetString("Settings", "Path", "C:\\work\\new\\table.qvx");
-        store.SetString("Settings", "Padded", "  two spaces each side  ");
-        store.SetString("Settings", "Tabs", "\tx\t");
-        store.SetString("Settings", "Bell", std::string("a\x07z"));
-        store.SetString("Settings", "Unicode", "Zoë – 5 €");
-        store.SetString("Settings", "Empty", "");
-        store.SetString("Settings", "a=b", "key with an equals sign");
-        store.SetString("Settings", "[odd", "key that looks like a section");
-        store.SetString("Settings", ";odd", "key that looks like a comment");
+        for (const auto& [key, value] : values)
+            store.SetString("Settings", key, value);
         store.SetInt("Recent File List", "Count", -42);
         std::string error;
         ASSERT_TRUE(store.Save(&error)) << error;
@@ -69,17 +40,11 @@ TEST(SettingsStore, AwkwardKeysAndValuesSurviveTheFile)
     SettingsStore again(path);
     std::string warning;
     ASSERT_TRUE(again.Load(&warning)) << warning;
-    EXPECT_EQ(again.GetString("Settings", "InvoiceAddress", ""), address);
-    EXPECT_EQ(again.GetString("Settings", "Path", ""), "C:\\work\\new\\table.qvx");
-    EXPECT_EQ(again.GetString("Settings", "Padded", ""), "  two spaces each side  ");
-    EXPECT_EQ(again.GetString("Settings", "Tabs", ""), "\tx\t");
-    EXPECT_EQ(again.GetString("Settings", "Bell", ""), std::string("a\x07z"));
-    EXPECT_EQ(again.GetString("Settings", "Unicode", ""), "Zoë – 5 €");
-    EXPECT_TRUE(again.Has("Settings", "Empty"));
-    EXPECT_EQ(again.GetString("Settings", "Empty", "default"), "");
-    EXPECT_EQ(again.GetString("Settings", "a=b", ""), "key with an equals sign");
-    EXPECT_EQ(again.GetString("Settings", "[odd", ""), "key that looks like a section");
-    EXPECT_EQ(again.GetString("Settings", ";odd", ""), "key that looks like a comment");
+    for (const auto& [key, value] : values)
+    {
+        EXPECT_TRUE(again.Has("Settings", key)) << key;
+        EXPECT_EQ(again.GetString("Settings", key, "default"), value) << key;
+    }
     EXPECT_EQ(again.GetInt("Recent File List", "Count", 0), -42);
 }
 
