@@ -57,7 +57,7 @@ public:
     CTimeKeeperDoc& operator=(const CTimeKeeperDoc&) = delete;
 
     // The one re-entrant document lock: held for every read or change of the model.
-    std::recursive_mutex& GetLock() const { return m_lock; }
+    std::recursive_mutex& GetLock() const override { return m_lock; }
 
     // Lifecycle.
     void DeleteContents();
@@ -91,7 +91,7 @@ public:
 
     // Modified flag and views.
     bool IsModified() const { return m_modified; }
-    void SetModifiedFlag(bool modified = true);
+    void SetModifiedFlag(bool modified = true) override;
     using Observer = std::function<void(unsigned hint)>;
     int AddObserver(Observer observer);
     void RemoveObserver(int handle);
