@@ -72,48 +72,45 @@ void CAutoSave::Run()
 
 void CAutoSave::SaveIfDue()
 {
-    std::unique_lock<std::recursive_mutex> docLock(m_doc.GetLock());
-    if (!m_enabled() || m_failed)
-        return;
+    platform::ScriptedPrompter recorder;
     {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_pending || m_stopping)
-            return; // a newer change: the wait starts over
+        // The checks and the save under one hold of the lock: nothing changes in between.
+        std::lock_guard<std::recursive_mutex> docLock(m_doc.GetLock());
+        if (!m_enabled() || m_failed)
+            return;
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            if (m_pending || m_stopping)
+                return; // a newer change: the wait starts over
+        }
+        if (!m_doc.IsModified() || m_doc.IsReadOnly() || m_doc.IsLoading() || m_doc.GetPathName().empty())
+            return;
+        if (!m_doc.OnSaveDocument(std::string(m_doc.GetPathName()), recorder))
+            m_failed = true;
     }
-    if (!m_doc.IsModified() || m_doc.IsReadOnly() || m_doc.IsLoading() || m_doc.GetPathName().empty())
-        return;
-    docLock.unlock();
-    if (!Save())
-        m_failed = true;
+    ShowMessages(recorder);
 }
 
-bool CAutoSave::Save()
+void CAutoSave::ShowMessages(const platform::ScriptedPrompter& recorder)
 {
-    platform::ScriptedPrompter recorder;
-    bool saved = false;
-    {
-        std::lock_guard<std::recursive_mutex> docLock(m_doc.GetLock());
-        // Checked again under the lock that the save holds throughout.
-        if (!m_doc.IsModified())
-            return true;
-        saved = m_doc.OnSaveDocument(m_doc.GetPathName(), recorder);
-    }
     for (const std::string& message : recorder.Messages())
-        m_prompter.ShowMessage(message, saved ? platform::Icon::warning : platform::Icon::error);
-    return saved;
+        m_prompter.ShowMessage(message, platform::Icon::error);
 }
 
 bool CAutoSave::SaveOnClose()
 {
+    platform::ScriptedPrompter recorder;
+    bool saved = false;
     {
         std::lock_guard<std::recursive_mutex> docLock(m_doc.GetLock());
         if (!m_doc.IsModified())
             return true;
         if (!m_enabled() || m_failed || m_doc.IsReadOnly() || m_doc.GetPathName().empty())
             return false;
+        saved = m_doc.OnSaveDocument(std::string(m_doc.GetPathName()), recorder);
+        if (!saved)
+            m_failed = true;
     }
-    if (Save())
-        return true;
-    m_failed = true;
-    return false;
+    ShowMessages(recorder);
+    return saved;
 }

@@ -42,9 +42,10 @@ public:
 private:
     void Changed();
     void Run();
+    // Saves under the document lock; the messages are shown after it is released, so
+    // that a prompter which waits for the user's thread cannot block the document.
     void SaveIfDue();
-    // Saves under the document lock; the messages are shown after it is released.
-    bool Save();
+    void ShowMessages(const platform::ScriptedPrompter& recorder);
 
     CTimeKeeperDoc& m_doc;
     platform::Prompter& m_prompter;
