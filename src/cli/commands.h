@@ -44,5 +44,6 @@ void RegisterCatalogCommands(CommandTable& table);
 void RegisterEntryCommands(CommandTable& table);
 void RegisterTimerCommands(CommandTable& table);
 void RegisterReportCommands(CommandTable& table);
+void RegisterOptionsCommands(CommandTable& table);
 
 } // namespace cli

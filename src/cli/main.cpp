@@ -4,6 +4,7 @@
 
 #include "model/archive.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <sstream>
@@ -44,12 +45,17 @@ namespace
 {
 void PrintUsage(const CommandTable& table, std::ostream& out)
 {
-    out << "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no]\n\n"
-           "Commands:\n";
+    size_t width = 0;
     for (const Command& c : table.All())
-        out << "  qvx " << c.name << " " << c.usage << "\n      " << c.summary << "\n";
-    out << "\n--yes / --no answer every question the command would ask; without them\n"
-           "questions are asked on the terminal.\n";
+        width = std::max(width, c.name.size());
+    out << "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no]\n\n"
+           "Commands (qvx help COMMAND shows the arguments of one):\n";
+    for (const Command& c : table.All())
+        out << "  " << c.name << std::string(width - c.name.size() + 2, ' ') << c.summary << "\n";
+    out << "\nFILE is a .qvx document. TASK is a path of task names such as \"Acme/Website\" (any case)\n"
+           "or \"#id\". DATE is YYYY-MM-DD, TIME is HH:MM. --yes / --no answer every question the\n"
+           "command would ask; without them questions are asked on the terminal. QVX_NOW=\"YYYY-MM-DD\n"
+           "HH:MM\" fixes the clock.\n";
 }
 } // namespace
 
@@ -65,6 +71,7 @@ int main(int argc, char** argv)
     RegisterEntryCommands(table);
     RegisterTimerCommands(table);
     RegisterReportCommands(table);
+    RegisterOptionsCommands(table);
 
     std::vector<std::string> args;
     TerminalPrompter::Preset preset = TerminalPrompter::Preset::none;

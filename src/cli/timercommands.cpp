@@ -207,7 +207,8 @@ int Status(Context& ctx)
         std::cout << "Running: " << s.TaskPath(e->m_taskId) << "\n";
         std::cout << "Start: " << (e->m_day ? s.App().FormatShortDate(e->m_day->GetDate()) + " " : std::string())
                   << s.App().FormatTime(e->m_start) << "\n";
-        std::cout << "Elapsed: " << s.Timer().GetActiveElapsedText() << "\n";
+        const std::string elapsed = s.Timer().GetActiveElapsedText();
+        std::cout << "Elapsed: " << (elapsed.empty() ? std::string("less than a minute") : elapsed) << "\n";
         if (!e->m_note.empty())
             std::cout << "Note: " << e->m_note << "\n";
         return 0;

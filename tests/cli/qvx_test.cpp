@@ -728,3 +728,25 @@ TEST_F(QvxDocTest, InvoiceNumbering)
     EXPECT_EQ(notInvoice.exitCode, 1);
     EXPECT_TRUE(Contains(notInvoice.err, "not an invoice")) << notInvoice.err;
 }
+
+TEST_F(QvxDocTest, OptionsOfTheDocumentAndTheUser)
+{
+    Ok({"options", "doc.qvx", "--mileage-rate", "0.655", "--level-name", "2=Engagement"});
+    Ok({"options", "--time-interval", "15", "--stop-at-midnight", "no"});
+    const Json dump = DumpJson("doc.qvx");
+    EXPECT_FLOAT_EQ(float(dump["mileage_rate"].Number()), 0.655f);
+    EXPECT_EQ(dump["level_names"]["2"].Str(), "Engagement");
+
+    // The mileage type takes the document's rate; the timer rounds to 15 minutes.
+    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--distance", "42", "--type", "Mileage"});
+    EXPECT_DOUBLE_EQ((*FindDay(DumpJson("doc.qvx"), "20240611"))["expenses"][0]["amount"].Number(), 27.51);
+    const std::string out = Ok({"start", "doc.qvx", "Internal"}, "2024-06-11 09:08");
+    EXPECT_TRUE(Contains(out, "at 9:15 AM")) << out;
+    const std::string shown = Ok({"options", "doc.qvx"});
+    EXPECT_TRUE(Contains(shown, "Time interval: 15 min")) << shown;
+    EXPECT_TRUE(Contains(shown, "Stop at midnight: no")) << shown;
+    EXPECT_TRUE(Contains(shown, "Level 2: Engagement")) << shown;
+
+    EXPECT_EQ(Run({"options", "--time-interval", "7"}).exitCode, 2);
+    EXPECT_EQ(Run({"options", "--mileage-rate", "1"}).exitCode, 2) << "a document option needs the document";
+}
