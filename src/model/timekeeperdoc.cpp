@@ -178,14 +178,55 @@ std::unique_ptr<CObject> CTimeKeeperDoc::CreateRecord(std::string_view className
 
 LoadResult CTimeKeeperDoc::LoadFromBytes(const uint8_t* data, size_t size, platform::Prompter& prompter)
 {
-    Lock lock(m_lock);
-    m_loading = true;
-    DeleteContents();
+    {
+        Lock lock(m_lock);
+        m_loading = true;
+        DeleteContents();
+        m_modified = false;
+    }
     LoadResult result;
+    // The questions about the file's version come first, without the lock held; the
+    // reading below then takes the answer as given.
+    class Confirmed : public platform::Prompter
+    {
+    public:
+        void ShowMessage(const std::string&, platform::Icon) override {}
+        platform::Answer AskYesNo(const std::string&, platform::Icon) override { return platform::Answer::yes; }
+        platform::Answer AskYesNoCancel(const std::string&, platform::Icon) override
+        {
+            return platform::Answer::yes;
+        }
+    } confirmed;
+    platform::Prompter* reader = &prompter;
+    if (size >= 4)
+    {
+        const uint32_t version = uint32_t(data[0]) | uint32_t(data[1]) << 8 | uint32_t(data[2]) << 16 |
+                                 uint32_t(data[3]) << 24;
+        result.version = version;
+        if (version > kCurrentVersion)
+        {
+            prompter.ShowMessage(platform::LoadString(40029), platform::Icon::error);
+            result.status = LoadResult::cancelled;
+        }
+        else if (version >= 5 && version < kCurrentVersion)
+        {
+            if (prompter.AskYesNo(platform::LoadString(41018)) != platform::Answer::yes)
+                result.status = LoadResult::cancelled;
+            reader = &confirmed;
+        }
+        if (result.status == LoadResult::cancelled)
+        {
+            m_loading = false;
+            m_lastLoad = result;
+            return result;
+        }
+    }
+
+    Lock lock(m_lock);
     try
     {
         CArchive ar(data, size, &CTimeKeeperDoc::CreateRecord);
-        ReadDocument(ar, prompter, result);
+        ReadDocument(ar, *reader, result);
     }
     catch (const ArchiveError& e)
     {

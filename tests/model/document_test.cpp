@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <future>
 
 using platform::Answer;
 using platform::LoadString;
@@ -116,8 +117,24 @@ TEST(DocumentFile, VersionQuestions)
     oldlayout::CurrentTail(older);
     older.U32(0);
 
-    ScriptedPrompter no({Answer::no});
+    // The question is asked with the document lock free for other threads.
+    class LockProbe : public ScriptedPrompter
+    {
+    public:
+        LockProbe(CTimeKeeperDoc& d, Answer a) : ScriptedPrompter({a}), doc(d) {}
+        Answer AskYesNo(const std::string& text, platform::Icon icon) override
+        {
+            lockFree = std::async(std::launch::async, [this] {
+                           std::unique_lock lock(doc.GetLock(), std::try_to_lock);
+                           return lock.owns_lock();
+                       }).get();
+            return ScriptedPrompter::AskYesNo(text, icon);
+        }
+        CTimeKeeperDoc& doc;
+        bool lockFree = false;
+    } no(*doc, Answer::no);
     r = doc->LoadFromBytes(older.Data().data(), older.Size(), no);
+    EXPECT_TRUE(no.lockFree);
     EXPECT_EQ(r.status, LoadResult::cancelled);
     EXPECT_EQ(no.Questions(), std::vector<std::string>{LoadString(41018)});
     EXPECT_TRUE(doc->m_tasks.empty());
