@@ -1,6 +1,7 @@
 #include "cli/docsession.h"
 
 #include "cli/cliargs.h"
+#include "platform/sharedfile.h"
 
 #include <cerrno>
 #include <cstring>
@@ -13,18 +14,6 @@ namespace cli
 
 namespace
 {
-// Swallows everything: used to learn why a load failed without asking twice.
-class SilentPrompter : public platform::Prompter
-{
-public:
-    void ShowMessage(const std::string&, platform::Icon) override {}
-    platform::Answer AskYesNo(const std::string&, platform::Icon) override { return platform::Answer::yes; }
-    platform::Answer AskYesNoCancel(const std::string&, platform::Icon) override
-    {
-        return platform::Answer::yes;
-    }
-};
-
 // Passes questions on and keeps messages back: a failed open is reported once, as the
 // command's own error line, with what the messages said.
 class QuietPrompter : public platform::Prompter
@@ -59,6 +48,20 @@ std::vector<uint8_t> ReadWholeFile(const std::string& path)
         ::close(fd);
         throw CommandError("'" + path + "' is not a regular file");
     }
+    // Wait while another program saves: its save locks these bytes for writing.
+    struct flock lock{};
+    lock.l_type = F_RDLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = 0;
+    lock.l_len = static_cast<off_t>(platform::SharedFile::kHoldOffset);
+    while (::fcntl(fd, F_OFD_SETLKW, &lock) != 0 && errno == EINTR)
+    {
+    }
+    if (::fstat(fd, &st) != 0)
+    {
+        ::close(fd);
+        throw CommandError("cannot read '" + path + "': " + std::strerror(errno));
+    }
     std::vector<uint8_t> bytes(static_cast<size_t>(st.st_size));
     size_t done = 0;
     while (done < bytes.size())
@@ -87,14 +90,19 @@ DocSession::~DocSession() = default;
 
 void DocSession::FailLoad(const std::string& path, const LoadResult& result)
 {
+    // A save that was cut short leaves the previous contents beside the file.
+    const std::string backup = CSharedDoc::HasBackup(path)
+                                   ? " (a backup from an interrupted save lies beside it: '" +
+                                         CSharedDoc::BackupPathFor(path) + "')"
+                                   : std::string();
     if (result.status == LoadResult::cancelled)
     {
         if (result.version > CTimeKeeperDoc::kCurrentVersion)
             throw CommandError("'" + path + "' was written by a newer version (file version " +
-                               std::to_string(result.version) + ") and cannot be read");
+                               std::to_string(result.version) + ") and cannot be read" + backup);
         throw CommandError("'" + path + "' was not converted; nothing was changed");
     }
-    throw CommandError("'" + path + "' is not a readable document: " + result.error);
+    throw CommandError("'" + path + "' is not a readable document: " + result.error + backup);
 }
 
 void DocSession::OpenForReading(const std::string& path)
@@ -116,17 +124,21 @@ void DocSession::OpenForChange(const std::string& path)
     QuietPrompter quiet(m_prompter);
     if (!m_doc->OnOpenDocument(path, quiet))
     {
-        // Learn why without asking the questions again.
-        SilentPrompter silent;
-        CTimeKeeperDoc probe;
-        const std::vector<uint8_t> bytes = ReadWholeFile(path);
-        LoadResult result = probe.LoadFromBytes(bytes.data(), bytes.size(), silent);
-        if (result.status == LoadResult::loaded)
+        const LoadResult result = m_doc->GetLastLoadResult();
+        const bool declined = result.status == LoadResult::cancelled && result.version < CTimeKeeperDoc::kCurrentVersion;
+        // An unreadable file with the backup of an interrupted save beside it: offer the backup.
+        if (!declined && CSharedDoc::HasBackup(path) &&
+            m_prompter.AskYesNo(CSharedDoc::BackupQuestion(path), platform::Icon::question) == platform::Answer::yes)
         {
-            result.status = LoadResult::cancelled;
-            result.version = probe.m_fileVersion;
+            QuietPrompter restoring(m_prompter);
+            if (!m_doc->RestoreFromBackup(path, restoring))
+                throw CommandError("the backup of '" + path + "' could not be restored" +
+                                   (restoring.Messages().empty() ? std::string() : ": " + restoring.Messages().back()));
         }
-        FailLoad(path, result);
+        else if (result.status == LoadResult::cancelled || !result.error.empty())
+            FailLoad(path, result);
+        else
+            throw CommandError(quiet.Messages().empty() ? "cannot open '" + path + "'" : quiet.Messages().back());
     }
     m_path = path;
     if (m_doc->IsReadOnly())
@@ -136,14 +148,16 @@ void DocSession::OpenForChange(const std::string& path)
 
 void DocSession::Save()
 {
-    if (!m_doc->OnSaveDocument(m_path, m_prompter))
-        throw CommandError("could not save '" + m_path + "'");
+    SaveAs(m_path);
 }
 
 void DocSession::SaveAs(const std::string& path)
 {
-    if (!m_doc->OnSaveDocument(path, m_prompter))
-        throw CommandError("could not save '" + path + "'");
+    QuietPrompter quiet(m_prompter);
+    if (!m_doc->OnSaveDocument(path, quiet))
+        throw CommandError("could not save '" + path + "'" +
+                           (quiet.Messages().empty() ? std::string() : ": " + quiet.Messages().back()));
+    m_doc->SetModifiedFlag(false);
     m_path = path;
 }
 

@@ -750,3 +750,24 @@ TEST_F(QvxDocTest, OptionsOfTheDocumentAndTheUser)
     EXPECT_EQ(Run({"options", "--time-interval", "7"}).exitCode, 2);
     EXPECT_EQ(Run({"options", "--mileage-rate", "1"}).exitCode, 2) << "a document option needs the document";
 }
+
+TEST_F(QvxDocTest, DamagedDocumentOffersTheBackupOfAnInterruptedSave)
+{
+    const std::vector<uint8_t> good = ReadBytes("doc.qvx");
+    WriteBytes("doc.qvx Backup", good);
+    WriteBytes("doc.qvx", std::vector<uint8_t>(good.begin(), good.begin() + long(good.size() / 2)));
+
+    const QvxResult check = Run({"check", "doc.qvx"});
+    EXPECT_EQ(check.exitCode, 1);
+    ASSERT_EQ(check.ErrLines().size(), 1u) << check.err;
+    EXPECT_TRUE(Contains(check.err, "doc.qvx Backup")) << check.err;
+    // Declined (no answer), nothing is touched.
+    EXPECT_EQ(Run({"task", "add", "doc.qvx", "#1", "Globex"}).exitCode, 1);
+    EXPECT_EQ(ReadBytes("doc.qvx Backup"), good);
+
+    Ok({"--yes", "task", "add", "doc.qvx", "#1", "Globex"});
+    const Json dump = DumpJson("doc.qvx");
+    EXPECT_EQ(dump["tasks"].Size(), 6u);
+    EXPECT_EQ(dump["tasks"][5]["name"].Str(), "Globex");
+    EXPECT_TRUE(ReadBytes("doc.qvx Backup").empty()) << "the backup is gone once restored";
+}
