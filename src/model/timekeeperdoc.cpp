@@ -1030,6 +1030,7 @@ bool CTimeKeeperDoc::DeleteTask(CTask* task, platform::Prompter& prompter)
 
     std::vector<CTask*> subtree; // parents before children
     uint32_t entryCount = 0;
+    bool imported = false;
     {
         Lock lock(m_lock);
         subtree.push_back(task);
@@ -1037,11 +1038,12 @@ bool CTimeKeeperDoc::DeleteTask(CTask* task, platform::Prompter& prompter)
             for (CTask* child : subtree[i]->m_children)
                 subtree.push_back(child);
         for (const CTask* t : subtree)
-            if (t->IsImported())
-            {
-                prompter.ShowMessage(LoadString(40032));
-                return false;
-            }
+            imported = imported || t->IsImported();
+    }
+    if (imported)
+    {
+        prompter.ShowMessage(LoadString(40032));
+        return false;
     }
 
     // The questions are asked without the lock held.
@@ -1058,9 +1060,12 @@ bool CTimeKeeperDoc::DeleteTask(CTask* task, platform::Prompter& prompter)
                           LoadString(41004)) != Answer::yes)
         return false;
 
-    for (const CTask* t : subtree)
-        entryCount += uint32_t(t->m_timeEntries.size() + t->m_expenseEntries.size() +
-                               t->m_todoEntries.size());
+    {
+        Lock lock(m_lock);
+        for (const CTask* t : subtree)
+            entryCount += uint32_t(t->m_timeEntries.size() + t->m_expenseEntries.size() +
+                                   t->m_todoEntries.size());
+    }
     CTask* parent = task->m_parent;
     Answer rollup = Answer::no;
     if (entryCount > 0)
