@@ -578,3 +578,40 @@ TEST(Entries, RunningEntryLosingItsOpenEndStopsTheTimer)
     EXPECT_TRUE(doc->m_activeEntry->IsRunning());
     EXPECT_EQ(stops, 1);
 }
+
+TEST(DocumentFile, RepeatedDaysAndParentCycles)
+{
+    auto timeEntry = [](StreamBuilder& b, uint32_t task, uint8_t startHour) {
+        b.Object("CTimeEntry").U32(11).U32(task).Text("").U32(0).U32(0).U32(0);
+        b.U32(11).U8(startHour).U8(0).U32(0).U32(11).U8(uint8_t(startHour + 1)).U8(0).U32(0);
+    };
+    StreamBuilder b;
+    oldlayout::CurrentHead(b, 11, 3, 3, 2);
+    oldlayout::InheritingTask(b, 11, 1, 0, "Pat", 0);
+    // Tasks 2 and 3 name each other as parent.
+    oldlayout::InheritingTask(b, 11, 2, 3, "Two", 1);
+    oldlayout::InheritingTask(b, 11, 3, 2, "Three", 2);
+    b.F64(0.0).F64(0.0);
+    b.Object("CDay").U32(11).Text("20240105").U32(1).U32(0).U32(0);
+    timeEntry(b, 2, 9);
+    b.Object("CDay").U32(11).Text("20240105").U32(1).U32(0).U32(0);
+    timeEntry(b, 3, 7);
+    oldlayout::CurrentTail(b);
+    b.U32(0);
+
+    LoadResult r;
+    auto doc = qvtest::Load(b.Data(), &r);
+    ASSERT_EQ(r.status, LoadResult::loaded) << r.error;
+    ASSERT_EQ(doc->m_days.size(), 1u);
+    const CDay* day = doc->GetDay("20240105");
+    ASSERT_EQ(day->TimeEntries().size(), 2u);
+    EXPECT_EQ(day->TimeEntries()[0]->m_start, CTinyTime(7, 0));
+    EXPECT_EQ(day->TimeEntries()[1]->m_day, day);
+    EXPECT_EQ(doc->GetTask(3)->m_timeEntries.size(), 1u);
+
+    // One link of the cycle is refused, so every walk up the tree ends.
+    const CTask* two = doc->GetTask(2);
+    const CTask* three = doc->GetTask(3);
+    EXPECT_TRUE(two->m_parent == nullptr || three->m_parent == nullptr);
+    EXPECT_LE(three->GetDepth() + two->GetDepth(), 1);
+}
