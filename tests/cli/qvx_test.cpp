@@ -771,3 +771,27 @@ TEST_F(QvxDocTest, DamagedDocumentOffersTheBackupOfAnInterruptedSave)
     EXPECT_EQ(dump["tasks"][5]["name"].Str(), "Globex");
     EXPECT_TRUE(ReadBytes("doc.qvx Backup").empty()) << "the backup is gone once restored";
 }
+
+TEST_F(QvxDocTest, StopWithinOneRoundingInterval)
+{
+    WriteSettings({"TimeInterval=4"});
+    Ok({"start", "doc.qvx", "Internal"}, "2024-06-11 09:02");
+    // Start and end round to the same minute: the question 40002, which nobody answers here.
+    const std::vector<uint8_t> running = ReadBytes("doc.qvx");
+    const QvxResult unanswered = Run({"stop", "doc.qvx"}, "2024-06-11 09:06");
+    EXPECT_EQ(unanswered.exitCode, 1);
+    EXPECT_TRUE(Contains(unanswered.err, "Due to rounding of the active time entry")) << unanswered.err;
+    EXPECT_EQ(ReadBytes("doc.qvx"), running);
+    // No: the end is rounded to the minute instead.
+    Ok({"--no", "stop", "doc.qvx"}, "2024-06-11 09:06");
+    EXPECT_EQ(TimeOf(DumpJson("doc.qvx"), "20240611"), (std::vector<Span>{{5, "09:00", "09:06"}}));
+
+    // Yes deletes the entry.
+    Ok({"start", "doc.qvx", "Acme"}, "2024-06-11 10:02");
+    Ok({"--yes", "stop", "doc.qvx"}, "2024-06-11 10:06");
+    // Not even a minute after rounding: deleted without a question.
+    Ok({"start", "doc.qvx", "Acme"}, "2024-06-11 11:00:10");
+    const std::string out = Ok({"stop", "doc.qvx"}, "2024-06-11 11:00:25");
+    EXPECT_TRUE(Contains(out, "deleted")) << out;
+    EXPECT_EQ(TimeOf(DumpJson("doc.qvx"), "20240611"), (std::vector<Span>{{5, "09:00", "09:06"}}));
+}
