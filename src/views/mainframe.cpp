@@ -79,12 +79,13 @@ CMainFrame::CMainFrame(CTimeKeeperApp& app, CTimeKeeperDoc& doc, platform::Promp
     RestorePlacement();
 
     m_observer = m_doc.AddObserver([this](unsigned hint) {
-        // The automatic save runs on its own thread; the views change only on this one.
-        if (QThread::currentThread() != thread())
-            QMetaObject::invokeMethod(this, [this, hint] { OnDocumentChanged(hint); },
-                                      Qt::QueuedConnection);
-        else
-            OnDocumentChanged(hint);
+        // The views refill once the operation that changed the document has returned:
+        // it may run inside a signal of the very item a refill would delete. The
+        // automatic save also reports from its own thread.
+        const bool first = m_pendingHint.fetch_or(hint) == 0;
+        if (first)
+            QMetaObject::invokeMethod(
+                this, [this] { OnDocumentChanged(m_pendingHint.exchange(0)); }, Qt::QueuedConnection);
     });
     RebuildInsertMenu();
     RebuildRecentFileMenu();
@@ -571,12 +572,24 @@ void CMainFrame::AfterDocumentReplaced()
     UpdateCommandStates();
 }
 
+bool CMainFrame::AskArchiveOptions(ArchiveOptions& options)
+{
+    CArchiveDlg dialog(*this, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    options.taskId = dialog.SelectedTaskId();
+    options.from = dialog.From();
+    options.to = dialog.To();
+    options.deleteArchived = dialog.DeleteArchived();
+    return true;
+}
+
 void CMainFrame::ArchiveEntries()
 {
     if (m_doc.GetRootTask() == nullptr)
         return;
-    CArchiveDlg dialog(*this, this);
-    if (dialog.exec() != QDialog::Accepted)
+    ArchiveOptions options;
+    if (!AskArchiveOptions(options))
         return;
 
     // "<folder>/<name> Archive.<ext>" beside the working document.
@@ -600,7 +613,7 @@ void CMainFrame::ArchiveEntries()
         std::unique_lock lock(m_doc.GetLock());
         const int autoSave = m_app.GetAutoSave();
         m_app.SetAutoSave(0);
-        const std::vector<uint8_t> bytes = m_doc.WriteSelection(dialog.From(), dialog.To(), dialog.SelectedTaskId());
+        const std::vector<uint8_t> bytes = m_doc.WriteSelection(options.from, options.to, options.taskId);
         // Written aside and renamed into place: a failed write leaves no half archive.
         QSaveFile file(path);
         bool written = file.open(QIODevice::WriteOnly);
@@ -616,8 +629,8 @@ void CMainFrame::ArchiveEntries()
                                    platform::Icon::error);
             return;
         }
-        if (dialog.DeleteArchived())
-            m_doc.DeleteArchivedEntries(dialog.From(), dialog.To(), dialog.SelectedTaskId());
+        if (options.deleteArchived)
+            m_doc.DeleteArchivedEntries(options.from, options.to, options.taskId);
         m_doc.SetModifiedFlag(true);
         m_app.SetAutoSave(autoSave);
     }
@@ -695,6 +708,7 @@ bool CMainFrame::StopTimer()
 {
     const int stopped = m_timer->StopTimer(true, 0);
     m_doc.UpdateAllViews(hintEntries | hintTimer);
+    m_sheetList->Refill();
     RefreshStatus();
     UpdateCommandStates();
     return stopped == 1;
@@ -744,10 +758,11 @@ int CMainFrame::EditTimeEntry(CDay& day, CTimeEntry& entry)
 
 QString CMainFrame::TimePaneText(const QString& elapsedText)
 {
-    QString text = elapsedText + QStringLiteral("  ");
+    // Right-aligned in nine places, then two blanks: five minutes read "     0:05  ".
+    QString text = elapsedText;
     if (text.size() < 9)
         text = QString(9 - text.size(), u' ') + text;
-    return text;
+    return text + QStringLiteral("  ");
 }
 
 QString CMainFrame::TimePaneTextShown() const

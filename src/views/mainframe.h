@@ -1,11 +1,13 @@
 #pragma once
 
+#include "model/datetime.h"
 #include "model/tinytime.h"
 
 #include <QMainWindow>
 #include <QPointer>
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -126,8 +128,18 @@ public:
     // Writes placement and pane sizes; done by a normal close.
     void SavePlacement();
 
+    // What the Archive dialog asks.
+    struct ArchiveOptions
+    {
+        uint32_t taskId = 1;
+        CDateTime from;
+        CDateTime to;
+        bool deleteArchived = false;
+    };
+
 protected:
     // The questions to the user that tests answer without a dialog.
+    virtual bool AskArchiveOptions(ArchiveOptions& options);
     virtual QString AskEmployeeName();
     virtual QString AskOpenFileName();
     virtual QString AskSaveFileName(const QString& caption, const QString& proposed,
@@ -162,6 +174,7 @@ private:
     std::unique_ptr<CQtTimerUi> m_timerUi;
     std::unique_ptr<CTimer> m_timer;
     int m_observer = 0;
+    std::atomic<unsigned> m_pendingHint{0};
     CAutoSave* m_autoSave = nullptr;
 
     QSplitter* m_outer = nullptr;

@@ -45,6 +45,7 @@ CTaskView::CTaskView(CMainFrame& frame, QWidget* parent) : QTreeWidget(parent), 
     setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
     setDragEnabled(true);
     setAcceptDrops(true);
+    viewport()->setAcceptDrops(true);
     setDropIndicatorShown(true);
     setDragDropOverwriteMode(true);
     setDragDropMode(QAbstractItemView::DragDrop);
@@ -122,6 +123,13 @@ void CTaskView::ApplyExpansion(QTreeWidgetItem* item)
 
 void CTaskView::Rebuild()
 {
+    // A rebuild would take away the item being renamed; it waits for the edit to end.
+    if (state() == QAbstractItemView::EditingState)
+    {
+        m_rebuildAfterEdit = true;
+        return;
+    }
+    m_rebuildAfterEdit = false;
     CTimeKeeperDoc& doc = m_frame.Doc();
     const CTask* selected = SelectedTask();
     const uint32_t selectedId = selected ? selected->m_id : 0;
@@ -649,6 +657,13 @@ void CTaskView::keyPressEvent(QKeyEvent* event)
         }
     }
     QTreeWidget::keyPressEvent(event);
+}
+
+void CTaskView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    QTreeWidget::closeEditor(editor, hint);
+    if (m_rebuildAfterEdit)
+        QMetaObject::invokeMethod(this, &CTaskView::Rebuild, Qt::QueuedConnection);
 }
 
 void CTaskView::focusInEvent(QFocusEvent* event)

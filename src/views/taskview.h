@@ -66,6 +66,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
 
 private:
     QTreeWidgetItem* InsertTask(CTask* task, QTreeWidgetItem* parent, bool hideInactive);
@@ -83,4 +84,5 @@ private:
     bool m_rightDrag = false;
     QPoint m_rightPressPos;
     bool m_rightPressed = false;
+    bool m_rebuildAfterEdit = false;
 };

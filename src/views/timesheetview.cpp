@@ -152,7 +152,7 @@ void CTimeSheetView::ShowMonths()
         CMonthCalendar* panel = m_panels[i];
         panel->SetFirstDayOfWeek(firstDay);
         panel->SetMonth(month.year(), month.month(),
-                        locale.standaloneMonthName(month.month()) + u' ' + QString::number(month.year()));
+                        locale.standaloneMonthName(month.month(), QLocale::ShortFormat) + u' ' + QString::number(month.year()));
         panel->SetSelectedDate(SelectedQDate());
         panel->setVisible(month <= kLastMonth);
     }

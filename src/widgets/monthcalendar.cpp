@@ -1,6 +1,8 @@
 #include "widgets/monthcalendar.h"
 
+#include <QHeaderView>
 #include <QLabel>
+#include <QTableView>
 #include <QPainter>
 #include <QTextCharFormat>
 #include <QToolButton>
@@ -13,6 +15,13 @@ CMonthGrid::CMonthGrid(QWidget* parent) : QCalendarWidget(parent)
     setHorizontalHeaderFormat(QCalendarWidget::SingleLetterDayNames);
     setGridVisible(false);
     setMinimumSize(1, 1);
+    // The cells share whatever room the panel has, however small.
+    if (auto* view = findChild<QTableView*>())
+    {
+        view->horizontalHeader()->setMinimumSectionSize(1);
+        view->verticalHeader()->setMinimumSectionSize(1);
+        view->setMinimumSize(1, 1);
+    }
     QTextCharFormat weekend;
     weekend.setForeground(palette().color(QPalette::Text));
     setWeekdayTextFormat(Qt::Saturday, weekend);
