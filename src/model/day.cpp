@@ -1,5 +1,6 @@
 #include "model/day.h"
 
+#include "model/entrypool.h"
 #include "model/task.h"
 
 #include <algorithm>
@@ -79,6 +80,10 @@ void ExtractFrom(std::vector<std::unique_ptr<T>>& list,
         std::erase_if(list, [](const std::unique_ptr<T>& e) { return !e; });
 }
 } // namespace
+
+void* CDay::operator new(std::size_t size) { return entrypool::Allocate(size); }
+
+void CDay::operator delete(void* p, std::size_t size) noexcept { entrypool::Release(p, size); }
 
 CDay::CDay(const CDateTime& date)
     : m_key(date.DayKey()), m_date(CDateTime(date.DatePart().GetValue(), CDateTime::valid))

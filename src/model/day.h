@@ -3,6 +3,7 @@
 #include "model/archive.h"
 #include "model/entry.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -19,6 +20,10 @@ public:
     CDay() = default;
     explicit CDay(const CDateTime& date);
     ~CDay() override;
+
+    // Days come by the ten thousand: they share the entries' pool (entrypool.h).
+    static void* operator new(std::size_t size);
+    static void operator delete(void* p, std::size_t size) noexcept;
 
     const char* GetClassName() const override { return "CDay"; }
     // Versions 5 to 11. While a selection is set (SetSelection) only the entries of
