@@ -45,13 +45,15 @@ AppContext::AppContext() : m_store(platform::SettingsStore::DefaultPath())
     if (now && *now)
     {
         if (!ParseFixedNow(now, fixed))
-            throw UsageError("QVX_NOW must read YYYY-MM-DD HH:MM[:SS], not '" + std::string(now) + "'");
+            throw UsageError("QVX_NOW must read YYYY-MM-DD HH:MM[:SS], not '" + std::string(now) +
+                             "'");
         m_clock = std::make_unique<platform::FixedClock>(fixed);
     }
     else
         m_clock = std::make_unique<platform::SystemClock>();
 
-    m_app = std::make_unique<CTimeKeeperApp>(m_store, *m_clock, platform::LocaleInfo::FromEnvironment());
+    m_app = std::make_unique<CTimeKeeperApp>(m_store, *m_clock,
+                                             platform::LocaleInfo::FromEnvironment());
     m_app->LoadSettings();
 }
 
@@ -90,7 +92,8 @@ CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& spec)
     while (start <= spec.size())
     {
         const size_t slash = spec.find('/', start);
-        const std::string part = spec.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+        const std::string part =
+            spec.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
         if (!part.empty())
             parts.push_back(Lower(part));
         if (slash == std::string::npos)
@@ -123,8 +126,8 @@ CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& spec)
             throw CommandError("no task '" + spec + "': nothing named '" + parts[i] + "' under '" +
                                at->m_name + "'");
         if (matches > 1)
-            throw CommandError("task '" + spec + "' is ambiguous: several tasks named '" + parts[i] +
-                               "' under '" + at->m_name + "' (use #id)");
+            throw CommandError("task '" + spec + "' is ambiguous: several tasks named '" +
+                               parts[i] + "' under '" + at->m_name + "' (use #id)");
         at = found;
     }
     return at;
@@ -138,7 +141,8 @@ CDateTime ParseDate(const std::string& text, const char* what)
         throw UsageError(std::string(what) + " must read YYYY-MM-DD, not '" + text + "'");
     const CDateTime date = CDateTime::FromDate(y, m, d);
     if (!date.IsValid() || y < 1900 || y > 2300)
-        throw UsageError(std::string(what) + " '" + text + "' is not a date between 1900-01-01 and 2300-12-31");
+        throw UsageError(std::string(what) + " '" + text +
+                         "' is not a date between 1900-01-01 and 2300-12-31");
     return date;
 }
 
@@ -146,9 +150,11 @@ CTinyTime ParseTime(const std::string& text, const char* what)
 {
     int h = -1, m = -1;
     char extra = 0;
-    if (text.size() < 4 || text.size() > 5 || std::sscanf(text.c_str(), "%2d:%2d%c", &h, &m, &extra) != 2 ||
-        h < 0 || m < 0 || m > 59 || h > 24 || (h == 24 && m != 0))
-        throw UsageError(std::string(what) + " must read HH:MM (00:00 to 24:00), not '" + text + "'");
+    if (text.size() < 4 || text.size() > 5 ||
+        std::sscanf(text.c_str(), "%2d:%2d%c", &h, &m, &extra) != 2 || h < 0 || m < 0 || m > 59 ||
+        h > 24 || (h == 24 && m != 0))
+        throw UsageError(std::string(what) + " must read HH:MM (00:00 to 24:00), not '" + text +
+                         "'");
     return CTinyTime(h, m);
 }
 

@@ -11,8 +11,9 @@ namespace cli
 
 namespace
 {
-const char* const kAccountTypes[] = {"Company Credit Card", "Personal Credit Card", "Cash",
-                                     "Direct Bill",         "Company Check",        "Personal Check"};
+const char* const kAccountTypes[] = {
+    "Company Credit Card", "Personal Credit Card", "Cash",
+    "Direct Bill",         "Company Check",        "Personal Check"};
 
 uint32_t ParseAccountType(const std::string& text)
 {
@@ -30,7 +31,8 @@ uint32_t ParseAccountType(const std::string& text)
 int NothingDone(Context& ctx, const char* what)
 {
     if (ctx.prompter.Unanswered())
-        throw CommandError(std::string(what) + ": the question was not answered (run again with --yes or --no)");
+        throw CommandError(std::string(what) +
+                           ": the question was not answered (run again with --yes or --no)");
     std::cout << what << "\n";
     return 0;
 }
@@ -43,8 +45,6 @@ std::string NonEmptyName(const Args& args, size_t index)
         throw UsageError("NAME must not be empty");
     return name.substr(first);
 }
-
-// --- activities -----------------------------------------------------------------
 
 int ActivityAdd(Context& ctx)
 {
@@ -99,8 +99,6 @@ int ActivityList(Context& ctx)
     return 0;
 }
 
-// --- expense types --------------------------------------------------------------
-
 int ExpenseTypeAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
@@ -119,7 +117,8 @@ int ExpenseTypeRename(Context& ctx)
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CExpenseType* e = FindRecord(s.Doc().m_expenseTypes, args.At(1, "TYPE"), "expense type");
     if (e->m_id == CExpenseType::kMileageId &&
-        ctx.prompter.AskYesNo(platform::LoadString(41024), platform::Icon::question) != platform::Answer::yes)
+        ctx.prompter.AskYesNo(platform::LoadString(41024), platform::Icon::question) !=
+            platform::Answer::yes)
     {
         return NothingDone(ctx, "Not renamed");
     }
@@ -153,11 +152,10 @@ int ExpenseTypeList(Context& ctx)
     Context readCtx{ctx.argv, reader};
     CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
     for (const auto& [id, e] : s.Doc().m_expenseTypes)
-        std::cout << id << "\t" << e->m_name << (id == CExpenseType::kMileageId ? "\t(mileage)" : "") << "\n";
+        std::cout << id << "\t" << e->m_name
+                  << (id == CExpenseType::kMileageId ? "\t(mileage)" : "") << "\n";
     return 0;
 }
-
-// --- payment methods ------------------------------------------------------------
 
 int PaymentMethodAdd(Context& ctx)
 {
@@ -165,7 +163,8 @@ int PaymentMethodAdd(Context& ctx)
     args.Expect(2, 2, {"account-number", "account-type"});
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     const std::string name = NonEmptyName(args, 1);
-    const uint32_t type = args.Option("account-type") ? ParseAccountType(*args.Option("account-type")) : 0;
+    const uint32_t type =
+        args.Option("account-type") ? ParseAccountType(*args.Option("account-type")) : 0;
     CPaymentMethod* p = s.Doc().AddPaymentMethod(name);
     p->m_accountType = type;
     if (auto n = args.Option("account-number"))
@@ -180,7 +179,8 @@ int PaymentMethodRename(Context& ctx)
     Args args(ctx.argv, {});
     args.Expect(3, 3, {"account-number", "account-type"});
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    CPaymentMethod* p = FindRecord(s.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
+    CPaymentMethod* p =
+        FindRecord(s.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
     p->m_name = NonEmptyName(args, 2);
     if (auto t = args.Option("account-type"))
         p->m_accountType = ParseAccountType(*t);
@@ -196,7 +196,8 @@ int PaymentMethodRemove(Context& ctx)
     Args args(ctx.argv, {});
     args.Expect(2, 2, {});
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    CPaymentMethod* p = FindRecord(s.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
+    CPaymentMethod* p =
+        FindRecord(s.Doc().m_paymentMethods, args.At(1, "METHOD"), "payment method");
     const std::string name = p->m_name;
     if (!s.Doc().DeletePaymentMethod(p->m_id, ctx.prompter))
     {
@@ -220,14 +221,12 @@ int PaymentMethodList(Context& ctx)
     return 0;
 }
 
-// --- contacts -------------------------------------------------------------------
-
-const std::vector<std::string> kContactFields = {"first", "middle", "last", "address",
+const std::vector<std::string> kContactFields = {"first", "middle", "last",  "address",
                                                  "phone", "fax",    "email", "notes"};
 
 void ApplyContactFields(const Args& args, CContact& c)
 {
-    std::string* fields[] = {&c.m_first, &c.m_middle, &c.m_last, &c.m_address,
+    std::string* fields[] = {&c.m_first, &c.m_middle, &c.m_last,  &c.m_address,
                              &c.m_phone, &c.m_fax,    &c.m_email, &c.m_notes};
     for (size_t i = 0; i < kContactFields.size(); ++i)
         if (auto v = args.Option(kContactFields[i]))
@@ -309,7 +308,8 @@ int ContactList(Context& ctx)
     Context readCtx{ctx.argv, reader};
     CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
     for (const auto& [id, c] : s.Doc().m_contacts)
-        std::cout << id << "\t" << c->GetDisplayName() << (c->m_email.empty() ? "" : "\t" + c->m_email) << "\n";
+        std::cout << id << "\t" << c->GetDisplayName()
+                  << (c->m_email.empty() ? "" : "\t" + c->m_email) << "\n";
     return 0;
 }
 } // namespace
@@ -317,21 +317,26 @@ int ContactList(Context& ctx)
 void RegisterCatalogCommands(CommandTable& table)
 {
     table.Add({"activity add", "FILE NAME [--rate R]", "add an activity", ActivityAdd});
-    table.Add({"activity rename", "FILE ACTIVITY NAME", "rename an activity (ACTIVITY: #id or name)", ActivityRename});
-    table.Add({"activity rm", "FILE ACTIVITY", "delete an activity; its time entries become unassigned", ActivityRemove});
+    table.Add({"activity rename", "FILE ACTIVITY NAME",
+               "rename an activity (ACTIVITY: #id or name)", ActivityRename});
+    table.Add({"activity rm", "FILE ACTIVITY",
+               "delete an activity; its time entries become unassigned", ActivityRemove});
     table.Add({"activity list", "FILE", "list the activities", ActivityList});
     table.Add({"expense-type add", "FILE NAME", "add an expense type", ExpenseTypeAdd});
-    table.Add({"expense-type rename", "FILE TYPE NAME", "rename an expense type", ExpenseTypeRename});
+    table.Add(
+        {"expense-type rename", "FILE TYPE NAME", "rename an expense type", ExpenseTypeRename});
     table.Add({"expense-type rm", "FILE TYPE", "delete an expense type", ExpenseTypeRemove});
     table.Add({"expense-type list", "FILE", "list the expense types", ExpenseTypeList});
     table.Add({"payment-method add", "FILE NAME [--account-number N] [--account-type TYPE]",
                "add a payment method", PaymentMethodAdd});
-    table.Add({"payment-method rename", "FILE METHOD NAME [--account-number N] [--account-type TYPE]",
+    table.Add({"payment-method rename",
+               "FILE METHOD NAME [--account-number N] [--account-type TYPE]",
                "rename or change a payment method", PaymentMethodRename});
     table.Add({"payment-method rm", "FILE METHOD", "delete a payment method", PaymentMethodRemove});
     table.Add({"payment-method list", "FILE", "list the payment methods", PaymentMethodList});
     table.Add({"contact add",
-               "FILE [--first F] [--middle M] [--last L] [--address A] [--phone P] [--fax F] [--email E] [--notes N]",
+               "FILE [--first F] [--middle M] [--last L] [--address A] [--phone P] [--fax F] "
+               "[--email E] [--notes N]",
                "add a contact (a first, middle or last name is required)", ContactAdd});
     table.Add({"contact rename", "FILE CONTACT [--first F] [--middle M] [--last L] [...]",
                "change a contact's names or details", ContactRename});

@@ -61,7 +61,8 @@ bool Args::Flag(const std::string& name) const
     return std::find(m_flags.begin(), m_flags.end(), name) != m_flags.end();
 }
 
-void Args::Expect(size_t minPositional, size_t maxPositional, const std::vector<std::string>& known) const
+void Args::Expect(size_t minPositional, size_t maxPositional,
+                  const std::vector<std::string>& known) const
 {
     for (const auto& [name, value] : m_options)
         if (std::find(known.begin(), known.end(), name) == known.end())

@@ -35,7 +35,8 @@ public:
     std::optional<std::string> Option(const std::string& name) const;
     bool Flag(const std::string& name) const;
     // Fails on any option not in `known` (flags included).
-    void Expect(size_t minPositional, size_t maxPositional, const std::vector<std::string>& known) const;
+    void Expect(size_t minPositional, size_t maxPositional,
+                const std::vector<std::string>& known) const;
     const std::vector<std::string>& Positional() const { return m_positional; }
 
 private:

@@ -18,7 +18,8 @@ ConflictPolicy ParseConflictPolicy(const std::string& text)
         return ConflictPolicy::adjustThis;
     if (text == "fail")
         return ConflictPolicy::fail;
-    throw UsageError("--on-conflict must be one of adjust-others, adjust-this, fail; not '" + text + "'");
+    throw UsageError("--on-conflict must be one of adjust-others, adjust-this, fail; not '" + text +
+                     "'");
 }
 
 int CliTimerUi::EditTimeEntry(CDay&, CTimeEntry&)
@@ -47,7 +48,8 @@ int CliTimerUi::ChooseConflictResolution()
         m_refused = true;
         return 2;
     }
-    std::cerr << "The Time Entry conflicts with another Time Entry.  How would you like to resolve the conflict?\n"
+    std::cerr << "The Time Entry conflicts with another Time Entry.  How would you like to resolve "
+                 "the conflict?\n"
                  "  1  Automatically adjust other Time Entries to fit around this Time Entry.\n"
                  "  2  Automatically adjust this Time Entry to fit around other Time Entries.\n"
                  "  3  Cancel.\n";
@@ -67,7 +69,8 @@ int CliTimerUi::ChooseConflictResolution()
     }
 }
 
-CommandSession::CommandSession(Context& ctx, const std::string& path, Mode mode, ConflictPolicy policy)
+CommandSession::CommandSession(Context& ctx, const std::string& path, Mode mode,
+                               ConflictPolicy policy)
     : m_prompter(ctx.prompter), m_doc(ctx.prompter), m_ui(ctx.prompter, policy)
 {
     if (mode == Mode::change)
@@ -126,7 +129,8 @@ bool SameText(const std::string& a, const std::string& b)
     if (a.size() != b.size())
         return false;
     for (size_t i = 0; i < a.size(); ++i)
-        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
+        if (std::tolower(static_cast<unsigned char>(a[i])) !=
+            std::tolower(static_cast<unsigned char>(b[i])))
             return false;
     return true;
 }

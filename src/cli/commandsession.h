@@ -31,7 +31,10 @@ ConflictPolicy ParseConflictPolicy(const std::string& text);
 class CliTimerUi : public TimerUi
 {
 public:
-    CliTimerUi(TerminalPrompter& prompter, ConflictPolicy policy) : m_prompter(prompter), m_policy(policy) {}
+    CliTimerUi(TerminalPrompter& prompter, ConflictPolicy policy)
+        : m_prompter(prompter), m_policy(policy)
+    {
+    }
 
     int EditTimeEntry(CDay& day, CTimeEntry& entry) override;
     int ChooseConflictResolution() override;
@@ -99,7 +102,8 @@ std::string NonBlank(const std::string& text, const char* what);
 template <class Map> auto* FindRecord(const Map& map, const std::string& spec, const char* what)
 {
     const std::string digits = !spec.empty() && spec[0] == '#' ? spec.substr(1) : spec;
-    if (!digits.empty() && digits.size() < 10 && digits.find_first_not_of("0123456789") == std::string::npos)
+    if (!digits.empty() && digits.size() < 10 &&
+        digits.find_first_not_of("0123456789") == std::string::npos)
     {
         auto it = map.find(uint32_t(std::stoul(digits)));
         if (it != map.end())
@@ -112,7 +116,8 @@ template <class Map> auto* FindRecord(const Map& map, const std::string& spec, c
         if (SameText(rec->m_name, spec))
         {
             if (found)
-                throw CommandError(std::string("several ") + what + "s are named '" + spec + "' (use #id)");
+                throw CommandError(std::string("several ") + what + "s are named '" + spec +
+                                   "' (use #id)");
             found = rec.get();
         }
     if (!found)
@@ -120,8 +125,9 @@ template <class Map> auto* FindRecord(const Map& map, const std::string& spec, c
         std::string known;
         for (const auto& [id, rec] : map)
             known += (known.empty() ? "" : ", ") + ("\"" + rec->m_name + "\"");
-        throw CommandError(std::string("there is no ") + what + " '" + spec + "'" +
-                           (known.empty() ? std::string(" (there are none)") : " (known: " + known + ")"));
+        throw CommandError(
+            std::string("there is no ") + what + " '" + spec + "'" +
+            (known.empty() ? std::string(" (there are none)") : " (known: " + known + ")"));
     }
     return found;
 }

@@ -17,7 +17,9 @@ namespace
 class Random
 {
 public:
-    explicit Random(uint64_t seed) : m_state(seed * 0x9E3779B97F4A7C15ull + 0x632BE59BD9B4E019ull) {}
+    explicit Random(uint64_t seed) : m_state(seed * 0x9E3779B97F4A7C15ull + 0x632BE59BD9B4E019ull)
+    {
+    }
 
     uint64_t Next()
     {
@@ -31,17 +33,21 @@ public:
     int Between(int low, int high) { return low + Below(high - low + 1); }
     bool Chance(int percent) { return Below(100) < percent; }
     template <class T, size_t N> const T& Pick(const T (&items)[N]) { return items[Below(int(N))]; }
-    template <class T> const T& Pick(const std::vector<T>& items) { return items[size_t(Below(int(items.size())))]; }
+    template <class T> const T& Pick(const std::vector<T>& items)
+    {
+        return items[size_t(Below(int(items.size())))];
+    }
 
 private:
     uint64_t m_state;
 };
 
 // A task one level below its parent, or at `level` when given.
-CTask* AddNamedTask(CTimeKeeperDoc& doc, CTask* parent, const std::string& name, const std::string& abbreviation = {},
-                    int level = 0)
+CTask* AddNamedTask(CTimeKeeperDoc& doc, CTask* parent, const std::string& name,
+                    const std::string& abbreviation = {}, int level = 0)
 {
-    CTask* task = doc.AddTask(parent, uint16_t(level > parent->m_level ? level : parent->m_level + 1));
+    CTask* task =
+        doc.AddTask(parent, uint16_t(level > parent->m_level ? level : parent->m_level + 1));
     task->m_abbreviation = abbreviation;
     doc.RenameTask(task, name);
     return task;
@@ -54,8 +60,8 @@ void SetBilling(CTask* task, bool billable, double rate)
     task->m_regularRate = rate;
 }
 
-std::unique_ptr<CTimeEntry> MakeTime(const CTask* task, int startMinute, int endMinute, uint32_t activity,
-                                     std::string note)
+std::unique_ptr<CTimeEntry> MakeTime(const CTask* task, int startMinute, int endMinute,
+                                     uint32_t activity, std::string note)
 {
     auto e = std::make_unique<CTimeEntry>();
     e->m_taskId = task->m_id;
@@ -66,8 +72,8 @@ std::unique_ptr<CTimeEntry> MakeTime(const CTask* task, int startMinute, int end
     return e;
 }
 
-std::unique_ptr<CExpenseEntry> MakeExpense(const CTask* task, const CDateTime& date, uint32_t type, double amount,
-                                           uint32_t method, std::string note)
+std::unique_ptr<CExpenseEntry> MakeExpense(const CTask* task, const CDateTime& date, uint32_t type,
+                                           double amount, uint32_t method, std::string note)
 {
     auto e = std::make_unique<CExpenseEntry>();
     e->m_taskId = task->m_id;
@@ -79,8 +85,8 @@ std::unique_ptr<CExpenseEntry> MakeExpense(const CTask* task, const CDateTime& d
     return e;
 }
 
-std::unique_ptr<CToDoEntry> MakeToDo(const CTask* task, std::string description, std::string priority,
-                                     const CDateTime& due)
+std::unique_ptr<CToDoEntry> MakeToDo(const CTask* task, std::string description,
+                                     std::string priority, const CDateTime& due)
 {
     auto e = std::make_unique<CToDoEntry>();
     e->m_taskId = task->m_id;
@@ -228,8 +234,9 @@ void MakeDemoDocument(CTimeKeeperDoc& doc, const CDateTime& today, const std::st
                 hadLunch = true;
                 continue;
             }
-            const Work& work = random.Chance(60) ? works[(focus * 3 + size_t(random.Below(4))) % std::size(works)]
-                                                 : random.Pick(works);
+            const Work& work = random.Chance(60)
+                                   ? works[(focus * 3 + size_t(random.Below(4))) % std::size(works)]
+                                   : random.Pick(works);
             int length = 15 * random.Between(2, 8);
             if (!hadLunch && minute + length > lunch)
                 length = std::max(15, lunch - minute);
@@ -237,48 +244,61 @@ void MakeDemoDocument(CTimeKeeperDoc& doc, const CDateTime& today, const std::st
             if (length < 15)
                 break;
             const char* note = work.notes[random.Below(3)];
-            doc.FileTimeEntry(day, MakeTime(work.task, minute, minute + length, work.activity, note));
+            doc.FileTimeEntry(day,
+                              MakeTime(work.task, minute, minute + length, work.activity, note));
             work.task->m_lastNote = note;
             work.task->m_lastActivityId = work.activity;
             minute += length + (random.Chance(30) ? 15 : 0);
         }
 
         if (random.Chance(25))
-            doc.FileExpenseEntry(day, MakeExpense(random.Chance(50) ? orRequirements : trDatabase, date, 8,
-                                                  18.0 + random.Below(2600) / 100.0, visa->m_id, "Working lunch"));
+            doc.FileExpenseEntry(day, MakeExpense(random.Chance(50) ? orRequirements : trDatabase,
+                                                  date, 8, 18.0 + random.Below(2600) / 100.0,
+                                                  visa->m_id, "Working lunch"));
         if (date.GetDayOfWeek() == 3 || date.GetDayOfWeek() == 5)
         {
             const int miles = random.Between(12, 38);
-            auto mileage = MakeExpense(random.Chance(50) ? nwSurvey : supportContract, date, CExpenseType::kMileageId,
+            auto mileage = MakeExpense(random.Chance(50) ? nwSurvey : supportContract, date,
+                                       CExpenseType::kMileageId,
                                        MileageAmount(miles, doc.m_defaultMileageRate), uint32_t(-1),
                                        "Drive to the clinic and back");
             mileage->m_distance = float(miles);
             doc.FileExpenseEntry(day, std::move(mileage));
             if (random.Chance(50))
-                doc.FileExpenseEntry(day, MakeExpense(supportContract, date, 10, 6.0, cash->m_id, "Parking"));
+                doc.FileExpenseEntry(
+                    day, MakeExpense(supportContract, date, 10, 6.0, cash->m_id, "Parking"));
         }
     }
     if (workDays.size() > 6)
     {
         const CDateTime tripDay = workDays[workDays.size() - 6];
         CDay* day = doc.GetOrCreateDay(tripDay);
-        auto flight = MakeExpense(trTraining, tripDay, 1, 412.80, visa->m_id, "Flight to Port Alder for training");
+        auto flight = MakeExpense(trTraining, tripDay, 1, 412.80, visa->m_id,
+                                  "Flight to Port Alder for training");
         flight->m_number = 5531;
         doc.FileExpenseEntry(day, std::move(flight));
-        doc.FileExpenseEntry(day, MakeExpense(trTraining, tripDay, 7, 189.00, visa->m_id, "Harborview Inn, 1 night"));
-        doc.FileExpenseEntry(day, MakeExpense(trTraining, tripDay, 13, 42.50, cash->m_id, "Airport taxi"));
+        doc.FileExpenseEntry(day, MakeExpense(trTraining, tripDay, 7, 189.00, visa->m_id,
+                                              "Harborview Inn, 1 night"));
+        doc.FileExpenseEntry(
+            day, MakeExpense(trTraining, tripDay, 13, 42.50, cash->m_id, "Airport taxi"));
         auto software = MakeExpense(learning, tripDay, 11, 12.40, check->m_id, "Posted contracts");
         software->m_billable = false;
         doc.FileExpenseEntry(day, std::move(software));
     }
 
     const CDateTime todayDate = today.DatePart();
-    doc.AddOutstandingToDo(MakeToDo(orDevelopment, "Finish the order confirmation e-mail", "1", todayDate.AddDays(2)));
-    doc.AddOutstandingToDo(MakeToDo(orTesting, "Test checkout with an expired card", "2", todayDate.AddDays(5)));
-    doc.AddOutstandingToDo(MakeToDo(wsContent, "Move the last recipe pages", "3", todayDate.AddDays(-2)));
-    doc.AddOutstandingToDo(MakeToDo(trReports, "Send the budget report draft to Morgan", "A", todayDate.AddDays(7)));
-    doc.AddOutstandingToDo(MakeToDo(nwInstall, "Order two more access points", "B", CDateTime::Null()));
-    doc.AddOutstandingToDo(MakeToDo(admin, "Send this month's invoices", "1", todayDate.AddDays(10)));
+    doc.AddOutstandingToDo(
+        MakeToDo(orDevelopment, "Finish the order confirmation e-mail", "1", todayDate.AddDays(2)));
+    doc.AddOutstandingToDo(
+        MakeToDo(orTesting, "Test checkout with an expired card", "2", todayDate.AddDays(5)));
+    doc.AddOutstandingToDo(
+        MakeToDo(wsContent, "Move the last recipe pages", "3", todayDate.AddDays(-2)));
+    doc.AddOutstandingToDo(
+        MakeToDo(trReports, "Send the budget report draft to Morgan", "A", todayDate.AddDays(7)));
+    doc.AddOutstandingToDo(
+        MakeToDo(nwInstall, "Order two more access points", "B", CDateTime::Null()));
+    doc.AddOutstandingToDo(
+        MakeToDo(admin, "Send this month's invoices", "1", todayDate.AddDays(10)));
     const struct
     {
         CTask* task;
@@ -325,7 +345,8 @@ void MakeDemoDocument(CTimeKeeperDoc& doc, const CDateTime& today, const std::st
     invoice->m_preset = CReport::previousMonth;
     invoice->m_selectedTasks = {bellweather->m_id};
     invoice->m_summarizeLevel = 2;
-    invoice->m_recipient = "Bellweather Foods\nAttn: Dana Okafor\n41 Mill Street\nSpringvale, OR 97301";
+    invoice->m_recipient =
+        "Bellweather Foods\nAttn: Dana Okafor\n41 Mill Street\nSpringvale, OR 97301";
     invoice->m_showTerms = true;
     invoice->m_terms = "Net 30";
 
@@ -335,25 +356,35 @@ void MakeDemoDocument(CTimeKeeperDoc& doc, const CDateTime& today, const std::st
 
 namespace
 {
-const char* const kClientFirst[] = {"Amber",  "Beacon", "Cedar",  "Delta",  "Ember",   "Falcon", "Granite",
-                                    "Harbor", "Iris",   "Juniper", "Kestrel", "Linden", "Meridian", "Nimbus"};
-const char* const kClientSecond[] = {"Foods",     "Logistics", "Clinic",    "Architects", "Bakery",
+const char* const kClientFirst[] = {"Amber",   "Beacon",  "Cedar",    "Delta", "Ember",
+                                    "Falcon",  "Granite", "Harbor",   "Iris",  "Juniper",
+                                    "Kestrel", "Linden",  "Meridian", "Nimbus"};
+const char* const kClientSecond[] = {"Foods",     "Logistics", "Clinic",     "Architects", "Bakery",
                                      "Insurance", "Museum",    "Outfitters", "Dental",     "Press"};
-const char* const kProjects[] = {"Website",       "Mobile App",      "Data Warehouse", "Intranet",
-                                 "Annual Audit",  "Network Upgrade", "Billing System", "Marketing Site",
-                                 "Support",       "Migration",       "Reporting",      "Training Program"};
-const char* const kSubProjects[] = {"Phase 1", "Phase 2", "Phase 3", "Maintenance", "Pilot", "Rollout"};
-const char* const kTasks[] = {"Analysis", "Design",  "Development", "Testing",   "Documentation",
-                              "Meetings", "Support", "Deployment",  "Research",  "Review"};
-const char* const kVerbs[] = {"Fixed",    "Reviewed", "Drafted", "Updated", "Tested",
-                              "Discussed", "Planned", "Wrote",   "Cleaned up", "Called about"};
-const char* const kObjects[] = {"login page",      "invoice export", "the schema",     "release notes",
-                                "the test plan",   "user feedback",  "the budget",     "search results",
-                                "backup scripts",  "the style guide", "open tickets",  "the data import"};
-const char* const kActivities[] = {"Analysis", "Programming", "Meeting", "Testing", "Travel", "Support"};
-const char* const kToDos[] = {"Send the weekly status report", "Book the project review", "Update the estimate",
-                              "Ask for the test accounts",     "Renew the certificate",   "Archive last year's files",
-                              "Prepare the demo",              "Check the backup restore"};
+const char* const kProjects[] = {"Website",        "Mobile App",     "Data Warehouse",
+                                 "Intranet",       "Annual Audit",   "Network Upgrade",
+                                 "Billing System", "Marketing Site", "Support",
+                                 "Migration",      "Reporting",      "Training Program"};
+const char* const kSubProjects[] = {"Phase 1",     "Phase 2", "Phase 3",
+                                    "Maintenance", "Pilot",   "Rollout"};
+const char* const kTasks[] = {"Analysis", "Design",  "Development", "Testing",  "Documentation",
+                              "Meetings", "Support", "Deployment",  "Research", "Review"};
+const char* const kVerbs[] = {"Fixed",     "Reviewed", "Drafted", "Updated",    "Tested",
+                              "Discussed", "Planned",  "Wrote",   "Cleaned up", "Called about"};
+const char* const kObjects[] = {"login page",      "invoice export", "the schema",
+                                "release notes",   "the test plan",  "user feedback",
+                                "the budget",      "search results", "backup scripts",
+                                "the style guide", "open tickets",   "the data import"};
+const char* const kActivities[] = {"Analysis", "Programming", "Meeting",
+                                   "Testing",  "Travel",      "Support"};
+const char* const kToDos[] = {"Send the weekly status report",
+                              "Book the project review",
+                              "Update the estimate",
+                              "Ask for the test accounts",
+                              "Renew the certificate",
+                              "Archive last year's files",
+                              "Prepare the demo",
+                              "Check the backup restore"};
 const char kPriorities[] = "123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 } // namespace
 
@@ -378,14 +409,15 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
     const int clients = 12;
     for (int c = 0; c < clients; ++c)
     {
-        const std::string name = std::string(kClientFirst[size_t(c) % std::size(kClientFirst)]) + " " +
-                                 kClientSecond[size_t(c * 7 + 3) % std::size(kClientSecond)];
+        const std::string name = std::string(kClientFirst[size_t(c) % std::size(kClientFirst)]) +
+                                 " " + kClientSecond[size_t(c * 7 + 3) % std::size(kClientSecond)];
         CTask* client = AddNamedTask(doc, root, name);
         SetBilling(client, c % 5 != 4, 60.0 + 5.0 * random.Below(13));
         const int projects = random.Between(2, 4);
         for (int p = 0; p < projects; ++p)
         {
-            CTask* project = AddNamedTask(doc, client, kProjects[size_t(c + p * 5) % std::size(kProjects)]);
+            CTask* project =
+                AddNamedTask(doc, client, kProjects[size_t(c + p * 5) % std::size(kProjects)]);
             const int subs = random.Between(2, 4);
             for (int s = 0; s < subs; ++s)
             {
@@ -393,7 +425,8 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
                 subProjects.push_back(sub);
                 const int tasks = random.Between(2, 4);
                 for (int t = 0; t < tasks; ++t)
-                    leaves.push_back(AddNamedTask(doc, sub, kTasks[size_t(p + s + t * 3) % std::size(kTasks)]));
+                    leaves.push_back(
+                        AddNamedTask(doc, sub, kTasks[size_t(p + s + t * 3) % std::size(kTasks)]));
             }
         }
     }
@@ -441,7 +474,8 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
             minute = end + (random.Chance(20) ? 5 : 0);
         }
 
-        const int expenses = options.expensesPerDay <= 0 ? 0 : random.Below(2 * options.expensesPerDay + 1);
+        const int expenses =
+            options.expensesPerDay <= 0 ? 0 : random.Below(2 * options.expensesPerDay + 1);
         for (int i = 0; i < expenses; ++i)
         {
             const uint32_t type = uint32_t(random.Between(1, 14));
@@ -450,13 +484,15 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
             if (type == CExpenseType::kMileageId)
             {
                 const int miles = random.Between(3, 120);
-                expense = MakeExpense(task, date, type, MileageAmount(miles, doc.m_defaultMileageRate),
-                                      uint32_t(-1), "Client visit");
+                expense =
+                    MakeExpense(task, date, type, MileageAmount(miles, doc.m_defaultMileageRate),
+                                uint32_t(-1), "Client visit");
                 expense->m_distance = float(miles);
             }
             else
-                expense = MakeExpense(task, date, type, random.Between(300, 25000) / 100.0, random.Pick(methods),
-                                      random.Chance(50) ? std::string(random.Pick(kObjects)) : std::string());
+                expense = MakeExpense(
+                    task, date, type, random.Between(300, 25000) / 100.0, random.Pick(methods),
+                    random.Chance(50) ? std::string(random.Pick(kObjects)) : std::string());
             expense->m_billable = random.Chance(80);
             doc.FileExpenseEntry(day, std::move(expense));
         }
@@ -465,8 +501,9 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
         if (random.Chance(60))
         {
             CTask* task = random.Chance(70) ? random.Pick(focus) : random.Pick(subProjects);
-            open.push_back(MakeToDo(task, random.Pick(kToDos), std::string(1, kPriorities[random.Below(12)]),
-                                    random.Chance(60) ? date.AddDays(random.Between(3, 30)) : CDateTime::Null()));
+            open.push_back(MakeToDo(
+                task, random.Pick(kToDos), std::string(1, kPriorities[random.Below(12)]),
+                random.Chance(60) ? date.AddDays(random.Between(3, 30)) : CDateTime::Null()));
         }
         if (!open.empty() && random.Chance(55))
         {

@@ -20,7 +20,10 @@ class QuietPrompter : public platform::Prompter
 {
 public:
     explicit QuietPrompter(platform::Prompter& next) : m_next(next) {}
-    void ShowMessage(const std::string& text, platform::Icon) override { m_messages.push_back(text); }
+    void ShowMessage(const std::string& text, platform::Icon) override
+    {
+        m_messages.push_back(text);
+    }
     platform::Answer AskYesNo(const std::string& text, platform::Icon icon) override
     {
         return m_next.AskYesNo(text, icon);
@@ -42,14 +45,18 @@ std::vector<uint8_t> ReadWholeFile(const std::string& path)
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         throw CommandError("cannot open '" + path + "': " + std::strerror(errno));
-    struct stat st{};
+    struct stat st
+    {
+    };
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode))
     {
         ::close(fd);
         throw CommandError("'" + path + "' is not a regular file");
     }
     // Wait while another program saves: its save locks these bytes for writing.
-    struct flock lock{};
+    struct flock lock
+    {
+    };
     lock.l_type = F_RDLCK;
     lock.l_whence = SEEK_SET;
     lock.l_start = 0;
@@ -73,7 +80,8 @@ std::vector<uint8_t> ReadWholeFile(const std::string& path)
         {
             const int err = errno;
             ::close(fd);
-            throw CommandError("cannot read '" + path + "': " + (n < 0 ? std::strerror(err) : "file shrank while reading"));
+            throw CommandError("cannot read '" + path +
+                               "': " + (n < 0 ? std::strerror(err) : "file shrank while reading"));
         }
         done += static_cast<size_t>(n);
     }
@@ -118,31 +126,39 @@ void DocSession::OpenForReading(const std::string& path)
 
 void DocSession::OpenForChange(const std::string& path)
 {
-    struct stat st{};
+    struct stat st
+    {
+    };
     if (::stat(path.c_str(), &st) != 0)
         throw CommandError("cannot open '" + path + "': " + std::strerror(errno));
     QuietPrompter quiet(m_prompter);
     if (!m_doc->OnOpenDocument(path, quiet))
     {
         const LoadResult result = m_doc->GetLastLoadResult();
-        const bool declined = result.status == LoadResult::cancelled && result.version < CTimeKeeperDoc::kCurrentVersion;
+        const bool declined = result.status == LoadResult::cancelled &&
+                              result.version < CTimeKeeperDoc::kCurrentVersion;
         // An unreadable file with the backup of an interrupted save beside it: offer the backup.
         if (!declined && CSharedDoc::HasBackup(path) &&
-            m_prompter.AskYesNo(CSharedDoc::BackupQuestion(path), platform::Icon::question) == platform::Answer::yes)
+            m_prompter.AskYesNo(CSharedDoc::BackupQuestion(path), platform::Icon::question) ==
+                platform::Answer::yes)
         {
             QuietPrompter restoring(m_prompter);
             if (!m_doc->RestoreFromBackup(path, restoring))
                 throw CommandError("the backup of '" + path + "' could not be restored" +
-                                   (restoring.Messages().empty() ? std::string() : ": " + restoring.Messages().back()));
+                                   (restoring.Messages().empty()
+                                        ? std::string()
+                                        : ": " + restoring.Messages().back()));
         }
         else if (result.status == LoadResult::cancelled || !result.error.empty())
             FailLoad(path, result);
         else
-            throw CommandError(quiet.Messages().empty() ? "cannot open '" + path + "'" : quiet.Messages().back());
+            throw CommandError(quiet.Messages().empty() ? "cannot open '" + path + "'"
+                                                        : quiet.Messages().back());
     }
     m_path = path;
     if (m_doc->IsReadOnly())
-        throw CommandError("'" + path + "' is not available for updating: another copy of the program holds it; "
+        throw CommandError("'" + path +
+                           "' is not available for updating: another copy of the program holds it; "
                            "nothing was changed");
 }
 
@@ -155,8 +171,9 @@ void DocSession::SaveAs(const std::string& path)
 {
     QuietPrompter quiet(m_prompter);
     if (!m_doc->OnSaveDocument(path, quiet))
-        throw CommandError("could not save '" + path + "'" +
-                           (quiet.Messages().empty() ? std::string() : ": " + quiet.Messages().back()));
+        throw CommandError(
+            "could not save '" + path + "'" +
+            (quiet.Messages().empty() ? std::string() : ": " + quiet.Messages().back()));
     m_doc->SetModifiedFlag(false);
     m_path = path;
 }

@@ -264,57 +264,67 @@ std::string DumpJson(const CTimeKeeperDoc& doc)
         WriteToDo(w, *e);
     w.EndArray();
 
-    WriteMap(w, "activities", doc.m_activities, [&](const CActivity& a) {
-        w.BeginObject();
-        w.Key("id").UInt(a.m_id);
-        w.Key("name").String(a.m_name);
-        w.Key("flag1").UInt(a.m_flag1);
-        w.Key("flag2").UInt(a.m_flag2);
-        w.Key("rate").Double(a.m_rate);
-        w.EndObject();
-    });
-    WriteMap(w, "expense_types", doc.m_expenseTypes, [&](const CExpenseType& e) {
-        w.BeginObject();
-        w.Key("id").UInt(e.m_id);
-        w.Key("name").String(e.m_name);
-        w.Key("flag").UInt(e.m_flag);
-        w.EndObject();
-    });
-    WriteMap(w, "payment_methods", doc.m_paymentMethods, [&](const CPaymentMethod& p) {
-        w.BeginObject();
-        w.Key("id").UInt(p.m_id);
-        w.Key("name").String(p.m_name);
-        w.Key("account_number").String(p.m_accountNumber);
-        w.Key("account_type").UInt(p.m_accountType);
-        w.EndObject();
-    });
-    WriteMap(w, "contacts", doc.m_contacts, [&](const CContact& c) {
-        w.BeginObject();
-        w.Key("id").UInt(c.m_id);
-        w.Key("first").String(c.m_first);
-        w.Key("middle").String(c.m_middle);
-        w.Key("last").String(c.m_last);
-        w.Key("address").String(c.m_address);
-        w.Key("phone").String(c.m_phone);
-        w.Key("fax").String(c.m_fax);
-        w.Key("email").String(c.m_email);
-        w.Key("notes").String(c.m_notes);
-        w.EndObject();
-    });
-    WriteMap(w, "projects", doc.m_projects, [&](const CProject& p) {
-        w.BeginObject();
-        w.Key("id").UInt(p.m_id);
-        w.Key("prog_id").String(p.m_progId);
-        w.Key("name").String(p.m_name);
-        w.Key("file_identity").UInt(p.m_fileIdentity);
-        w.Key("path").String(p.m_path);
-        w.Key("parent_task").UInt(p.m_parentTaskId);
-        w.Key("resource_id").Int(int32_t(p.m_resourceId));
-        w.Key("resource_name").String(p.m_resourceName);
-        w.Key("last_updated");
-        WriteDate(w, p.m_lastUpdated);
-        w.EndObject();
-    });
+    WriteMap(w, "activities", doc.m_activities,
+             [&](const CActivity& a)
+             {
+                 w.BeginObject();
+                 w.Key("id").UInt(a.m_id);
+                 w.Key("name").String(a.m_name);
+                 w.Key("flag1").UInt(a.m_flag1);
+                 w.Key("flag2").UInt(a.m_flag2);
+                 w.Key("rate").Double(a.m_rate);
+                 w.EndObject();
+             });
+    WriteMap(w, "expense_types", doc.m_expenseTypes,
+             [&](const CExpenseType& e)
+             {
+                 w.BeginObject();
+                 w.Key("id").UInt(e.m_id);
+                 w.Key("name").String(e.m_name);
+                 w.Key("flag").UInt(e.m_flag);
+                 w.EndObject();
+             });
+    WriteMap(w, "payment_methods", doc.m_paymentMethods,
+             [&](const CPaymentMethod& p)
+             {
+                 w.BeginObject();
+                 w.Key("id").UInt(p.m_id);
+                 w.Key("name").String(p.m_name);
+                 w.Key("account_number").String(p.m_accountNumber);
+                 w.Key("account_type").UInt(p.m_accountType);
+                 w.EndObject();
+             });
+    WriteMap(w, "contacts", doc.m_contacts,
+             [&](const CContact& c)
+             {
+                 w.BeginObject();
+                 w.Key("id").UInt(c.m_id);
+                 w.Key("first").String(c.m_first);
+                 w.Key("middle").String(c.m_middle);
+                 w.Key("last").String(c.m_last);
+                 w.Key("address").String(c.m_address);
+                 w.Key("phone").String(c.m_phone);
+                 w.Key("fax").String(c.m_fax);
+                 w.Key("email").String(c.m_email);
+                 w.Key("notes").String(c.m_notes);
+                 w.EndObject();
+             });
+    WriteMap(w, "projects", doc.m_projects,
+             [&](const CProject& p)
+             {
+                 w.BeginObject();
+                 w.Key("id").UInt(p.m_id);
+                 w.Key("prog_id").String(p.m_progId);
+                 w.Key("name").String(p.m_name);
+                 w.Key("file_identity").UInt(p.m_fileIdentity);
+                 w.Key("path").String(p.m_path);
+                 w.Key("parent_task").UInt(p.m_parentTaskId);
+                 w.Key("resource_id").Int(int32_t(p.m_resourceId));
+                 w.Key("resource_name").String(p.m_resourceName);
+                 w.Key("last_updated");
+                 WriteDate(w, p.m_lastUpdated);
+                 w.EndObject();
+             });
 
     std::vector<const CReport*> reports;
     for (const auto& r : doc.m_reports)
@@ -371,7 +381,8 @@ std::string DumpOutline(const CTimeKeeperDoc& doc)
     for (uint32_t level = 0; level <= 4 || doc.m_levelNames.count(level); ++level)
         out += "  " + std::to_string(level) + " " + doc.GetLevelName(level) + "\n";
 
-    auto catalog = [&](const char* title, const auto& map) {
+    auto catalog = [&](const char* title, const auto& map)
+    {
         out += std::string("\n") + title + "\n";
         if (map.empty())
             out += "  (none)\n";
@@ -405,11 +416,13 @@ std::string DumpOutline(const CTimeKeeperDoc& doc)
         for (const auto& e : day->ExpenseEntries())
         {
             const CExpenseType* type = doc.GetExpenseType(e->m_expenseTypeId);
-            out += "    expense  " + Money(e->m_amount) + "  " + (type ? type->m_name : "**Unassigned**") +
-                   "  " + doc.GetTaskPath(doc.GetTask(e->m_taskId)) + '\n';
+            out += "    expense  " + Money(e->m_amount) + "  " +
+                   (type ? type->m_name : "**Unassigned**") + "  " +
+                   doc.GetTaskPath(doc.GetTask(e->m_taskId)) + '\n';
         }
         for (const auto& e : day->ToDoEntries())
-            out += "    done     " + e->m_description + "  " + doc.GetTaskPath(doc.GetTask(e->m_taskId)) + '\n';
+            out += "    done     " + e->m_description + "  " +
+                   doc.GetTaskPath(doc.GetTask(e->m_taskId)) + '\n';
     }
     out += "\nOutstanding to-dos\n";
     if (doc.m_todoList.empty())

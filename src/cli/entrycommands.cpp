@@ -52,9 +52,10 @@ std::vector<CEntry*> SelectRows(CommandSession& s, EntryKind kind, const CDateTi
     {
         const int row = ParseInt(n, "the row number");
         if (row < 1 || size_t(row) > table.rows.size())
-            throw CommandError("there is no row " + n + " on the " + PageTitle(kind) + " page of " +
-                               date.Format("%Y-%m-%d") + " (it has " + std::to_string(table.rows.size()) +
-                               " rows; qvx entries FILE --date " + date.Format("%Y-%m-%d") + " lists them)");
+            throw CommandError(
+                "there is no row " + n + " on the " + PageTitle(kind) + " page of " +
+                date.Format("%Y-%m-%d") + " (it has " + std::to_string(table.rows.size()) +
+                " rows; qvx entries FILE --date " + date.Format("%Y-%m-%d") + " lists them)");
         CEntry* e = table.rows[size_t(row) - 1].entry;
         if (std::find(chosen.begin(), chosen.end(), e) == chosen.end())
             chosen.push_back(e);
@@ -76,11 +77,18 @@ bool ConfirmDelete(CommandSession& s, EntryKind kind, size_t count)
     unsigned id = 0;
     switch (kind)
     {
-    case EntryKind::time: id = count == 1 ? 41008 : 41019; break;
-    case EntryKind::expense: id = count == 1 ? 41009 : 41020; break;
-    case EntryKind::todo: id = count == 1 ? 41017 : 41021; break;
+    case EntryKind::time:
+        id = count == 1 ? 41008 : 41019;
+        break;
+    case EntryKind::expense:
+        id = count == 1 ? 41009 : 41020;
+        break;
+    case EntryKind::todo:
+        id = count == 1 ? 41017 : 41021;
+        break;
     }
-    if (s.Prompter().AskYesNo(platform::LoadString(id), platform::Icon::question) == platform::Answer::yes)
+    if (s.Prompter().AskYesNo(platform::LoadString(id), platform::Icon::question) ==
+        platform::Answer::yes)
         return true;
     if (s.Prompter().Unanswered())
         throw CommandError("nothing deleted: the question was not answered (run again with --yes)");
@@ -97,8 +105,6 @@ std::string Span(const CTimeEntry& e)
 {
     return e.m_start.ToText() + "-" + (e.IsRunning() ? std::string("running") : e.m_end.ToText());
 }
-
-// --- time -----------------------------------------------------------------------
 
 int TimeAdd(Context& ctx)
 {
@@ -141,15 +147,18 @@ int TimeAdd(Context& ctx)
         std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
         day = doc.GetOrCreateDay(date);
         pending->m_day = day;
-        for (const CTimeEntry* other : day->ConflictingEntries(*pending, pending.get(), doc.RoundedNow()))
+        for (const CTimeEntry* other :
+             day->ConflictingEntries(*pending, pending.get(), doc.RoundedNow()))
             conflicts.push_back(Span(*other) + " " + s.TaskPath(other->m_taskId));
     }
-    auto refuseConflict = [&] {
+    auto refuseConflict = [&]
+    {
         std::string list;
         for (const std::string& c : conflicts)
             list += (list.empty() ? "" : ", ") + c;
-        throw CommandError("The Time Entry conflicts with another Time Entry (" + list +
-                           "); nothing was changed (--on-conflict adjust-others or adjust-this resolves it)");
+        throw CommandError(
+            "The Time Entry conflicts with another Time Entry (" + list +
+            "); nothing was changed (--on-conflict adjust-others or adjust-this resolves it)");
     };
     if (!conflicts.empty() && policy == ConflictPolicy::fail)
         refuseConflict();
@@ -177,10 +186,11 @@ int TimeAdd(Context& ctx)
         s.Timer().AddRecentTask(task);
     s.Save();
     if (resolved == 1)
-        std::cout << "The new entry " << span << " lies within other entries of " << date.Format("%Y-%m-%d")
-                  << " and was not added\n";
+        std::cout << "The new entry " << span << " lies within other entries of "
+                  << date.Format("%Y-%m-%d") << " and was not added\n";
     else
-        std::cout << "Added " << span << " on " << date.Format("%Y-%m-%d") << " to " << s.TaskPath(task)
+        std::cout << "Added " << span << " on " << date.Format("%Y-%m-%d") << " to "
+                  << s.TaskPath(task)
                   << (conflicts.empty() ? "" : " (overlapping entries adjusted)") << "\n";
     return 0;
 }
@@ -191,8 +201,8 @@ int TimeRemove(Context& ctx)
     args.Expect(2, 1000, {"date"});
     const CDateTime date = RequiredDate(args, "date");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    const std::vector<CEntry*> rows =
-        SelectRows(s, EntryKind::time, date, {args.Positional().begin() + 1, args.Positional().end()});
+    const std::vector<CEntry*> rows = SelectRows(
+        s, EntryKind::time, date, {args.Positional().begin() + 1, args.Positional().end()});
     if (!ConfirmDelete(s, EntryKind::time, rows.size()))
     {
         std::cout << "Nothing deleted\n";
@@ -206,8 +216,8 @@ int TimeRemove(Context& ctx)
         s.Doc().RemoveDayIfEmpty(day);
     }
     s.Save();
-    std::cout << "Deleted " << rows.size() << (rows.size() == 1 ? " time entry" : " time entries") << " of "
-              << date.Format("%Y-%m-%d") << "\n";
+    std::cout << "Deleted " << rows.size() << (rows.size() == 1 ? " time entry" : " time entries")
+              << " of " << date.Format("%Y-%m-%d") << "\n";
     return 0;
 }
 
@@ -230,17 +240,17 @@ int TimeMove(Context& ctx)
     }
     s.Doc().ChangeEntryTask(entry, task);
     s.Save();
-    std::cout << "Moved " << Span(*entry) << " of " << date.Format("%Y-%m-%d") << " to " << s.TaskPath(task)
-              << "\n";
+    std::cout << "Moved " << Span(*entry) << " of " << date.Format("%Y-%m-%d") << " to "
+              << s.TaskPath(task) << "\n";
     return 0;
 }
-
-// --- expenses -------------------------------------------------------------------
 
 int ExpenseAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
-    args.Expect(2, 2, {"date", "amount", "distance", "rate", "type", "method", "billable", "note", "number"});
+    args.Expect(
+        2, 2,
+        {"date", "amount", "distance", "rate", "type", "method", "billable", "note", "number"});
     const CDateTime date = RequiredDate(args, "date");
     const auto typeName = args.Option("type");
     if (!typeName)
@@ -272,10 +282,13 @@ int ExpenseAdd(Context& ctx)
     if (type->m_id == CExpenseType::kMileageId)
     {
         if (args.Option("amount"))
-            throw UsageError("'" + type->m_name + "' is the mileage type: give --distance N (and --rate R), not --amount");
+            throw UsageError(
+                "'" + type->m_name +
+                "' is the mileage type: give --distance N (and --rate R), not --amount");
         const auto distance = args.Option("distance");
         if (!distance)
-            throw UsageError("'" + type->m_name + "' is the mileage type: --distance N is required");
+            throw UsageError("'" + type->m_name +
+                             "' is the mileage type: --distance N is required");
         const int miles = ParseInt(*distance, "--distance");
         if (miles < 0)
             throw UsageError("--distance must not be negative");
@@ -315,8 +328,8 @@ int ExpenseRemove(Context& ctx)
     args.Expect(2, 1000, {"date"});
     const CDateTime date = RequiredDate(args, "date");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    const std::vector<CEntry*> rows =
-        SelectRows(s, EntryKind::expense, date, {args.Positional().begin() + 1, args.Positional().end()});
+    const std::vector<CEntry*> rows = SelectRows(
+        s, EntryKind::expense, date, {args.Positional().begin() + 1, args.Positional().end()});
     if (!ConfirmDelete(s, EntryKind::expense, rows.size()))
     {
         std::cout << "Nothing deleted\n";
@@ -330,7 +343,8 @@ int ExpenseRemove(Context& ctx)
         s.Doc().RemoveDayIfEmpty(day);
     }
     s.Save();
-    std::cout << "Deleted " << rows.size() << (rows.size() == 1 ? " expense entry" : " expense entries") << " of "
+    std::cout << "Deleted " << rows.size()
+              << (rows.size() == 1 ? " expense entry" : " expense entries") << " of "
               << date.Format("%Y-%m-%d") << "\n";
     return 0;
 }
@@ -369,12 +383,10 @@ int ExpenseMove(Context& ctx)
         }
     }
     s.Save();
-    std::cout << "Moved the expense to " << newDate.Format("%Y-%m-%d") << ", " << s.TaskPath(entry->m_taskId)
-              << "\n";
+    std::cout << "Moved the expense to " << newDate.Format("%Y-%m-%d") << ", "
+              << s.TaskPath(entry->m_taskId) << "\n";
     return 0;
 }
-
-// --- to-dos ---------------------------------------------------------------------
 
 std::string ParsePriority(const std::string& text)
 {
@@ -430,7 +442,8 @@ int ToDoComplete(Context& ctx)
     auto* todo = static_cast<CToDoEntry*>(SelectOneRow(s, EntryKind::todo, date, args));
     if (todo->IsCompleted() && todo->m_completeDate.SameDay(date))
     {
-        std::cout << "'" << todo->m_description << "' was already completed on " << date.Format("%Y-%m-%d") << "\n";
+        std::cout << "'" << todo->m_description << "' was already completed on "
+                  << date.Format("%Y-%m-%d") << "\n";
         return 0;
     }
     {
@@ -475,8 +488,8 @@ int ToDoRemove(Context& ctx)
     args.Expect(2, 1000, {"date"});
     const CDateTime date = RequiredDate(args, "date");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    const std::vector<CEntry*> rows =
-        SelectRows(s, EntryKind::todo, date, {args.Positional().begin() + 1, args.Positional().end()});
+    const std::vector<CEntry*> rows = SelectRows(
+        s, EntryKind::todo, date, {args.Positional().begin() + 1, args.Positional().end()});
     if (!ConfirmDelete(s, EntryKind::todo, rows.size()))
     {
         std::cout << "Nothing deleted\n";
@@ -490,7 +503,8 @@ int ToDoRemove(Context& ctx)
         s.Doc().RemoveDayIfEmpty(day);
     }
     s.Save();
-    std::cout << "Deleted " << rows.size() << (rows.size() == 1 ? " to-do entry" : " to-do entries") << "\n";
+    std::cout << "Deleted " << rows.size() << (rows.size() == 1 ? " to-do entry" : " to-do entries")
+              << "\n";
     return 0;
 }
 
@@ -518,8 +532,6 @@ int ToDoMove(Context& ctx)
     std::cout << "Moved '" << todo->m_description << "' to " << s.TaskPath(task) << "\n";
     return 0;
 }
-
-// --- lists ----------------------------------------------------------------------
 
 int Entries(Context& ctx)
 {
@@ -555,23 +567,30 @@ void RegisterEntryCommands(CommandTable& table)
     table.Add({"time add",
                "FILE TASK --date DATE --start HH:MM --end HH:MM [--activity NAME] [--note TEXT] "
                "[--on-conflict adjust-others|adjust-this|fail]",
-               "add a time entry; overlaps are resolved as --on-conflict says (or asked)", TimeAdd});
-    table.Add({"time rm", "FILE --date DATE N...", "delete time entries (rows of qvx entries --date)", TimeRemove});
-    table.Add({"time move", "FILE --date DATE N --task TASK", "give a time entry to another task", TimeMove});
-    table.Add({"expense add",
-               "FILE TASK --date DATE (--amount X | --distance N [--rate R]) --type NAME [--method NAME] "
-               "[--billable yes|no] [--number N] [--note TEXT]",
-               "add an expense entry (the mileage type takes a distance)", ExpenseAdd});
+               "add a time entry; overlaps are resolved as --on-conflict says (or asked)",
+               TimeAdd});
+    table.Add({"time rm", "FILE --date DATE N...",
+               "delete time entries (rows of qvx entries --date)", TimeRemove});
+    table.Add({"time move", "FILE --date DATE N --task TASK", "give a time entry to another task",
+               TimeMove});
+    table.Add(
+        {"expense add",
+         "FILE TASK --date DATE (--amount X | --distance N [--rate R]) --type NAME [--method NAME] "
+         "[--billable yes|no] [--number N] [--note TEXT]",
+         "add an expense entry (the mileage type takes a distance)", ExpenseAdd});
     table.Add({"expense rm", "FILE --date DATE N...", "delete expense entries", ExpenseRemove});
     table.Add({"expense move", "FILE --date DATE N (--to DATE | --task TASK)",
                "move an expense entry to another day or task", ExpenseMove});
     table.Add({"todo add", "FILE TASK DESCRIPTION [--due DATE] [--priority 1-9|A-Z] [--note TEXT]",
                "add an outstanding to-do entry", ToDoAdd});
     table.Add({"todo complete", "FILE N --date DATE",
-               "complete to-do row N (of qvx entries --date DATE --kind todo) on DATE", ToDoComplete});
-    table.Add({"todo reopen", "FILE --date DATE N", "make a completed to-do outstanding again", ToDoReopen});
+               "complete to-do row N (of qvx entries --date DATE --kind todo) on DATE",
+               ToDoComplete});
+    table.Add({"todo reopen", "FILE --date DATE N", "make a completed to-do outstanding again",
+               ToDoReopen});
     table.Add({"todo rm", "FILE --date DATE N...", "delete to-do entries", ToDoRemove});
-    table.Add({"todo move", "FILE --date DATE N --task TASK", "give a to-do entry to another task", ToDoMove});
+    table.Add({"todo move", "FILE --date DATE N --task TASK", "give a to-do entry to another task",
+               ToDoMove});
     table.Add({"entries", "FILE (--date DATE | --task TASK) [--kind time|expense|todo]",
                "list the entries of a day or of a task, as the entry lists show them", Entries});
 }

@@ -92,37 +92,64 @@ public:
     {
         switch (key)
         {
-        case 0: return Text(m_s.TaskPath(e.m_taskId));
-        case 1: case 12: return Number(StartValue(e));
-        case 2: case 13: return Number(EndValue(e));
-        case 3: case 14: return Number(double(e.GetElapsed(m_doc.RunningEnd()).TotalMinutes()));
-        case 10: return DateValue(DayOf(e));
-        case 11: return Text(e.m_note);
-        default: return {};
+        case 0:
+            return Text(m_s.TaskPath(e.m_taskId));
+        case 1:
+        case 12:
+            return Number(StartValue(e));
+        case 2:
+        case 13:
+            return Number(EndValue(e));
+        case 3:
+        case 14:
+            return Number(double(e.GetElapsed(m_doc.RunningEnd()).TotalMinutes()));
+        case 10:
+            return DateValue(DayOf(e));
+        case 11:
+            return Text(e.m_note);
+        default:
+            return {};
         }
     }
     SortValue ExpenseValue(const CExpenseEntry& e, int key) const
     {
         switch (key)
         {
-        case 0: return Text(m_s.TaskPath(e.m_taskId));
-        case 1: case 11: return Text(ExpenseType(e));
-        case 2: case 13: return Number(e.m_amount);
-        case 10: return DateValue(e.m_date);
-        case 12: return Text(e.m_note);
-        default: return {};
+        case 0:
+            return Text(m_s.TaskPath(e.m_taskId));
+        case 1:
+        case 11:
+            return Text(ExpenseType(e));
+        case 2:
+        case 13:
+            return Number(e.m_amount);
+        case 10:
+            return DateValue(e.m_date);
+        case 12:
+            return Text(e.m_note);
+        default:
+            return {};
         }
     }
     SortValue ToDoValue(const CToDoEntry& e, int key) const
     {
         switch (key)
         {
-        case 0: return Text(m_s.TaskPath(e.m_taskId));
-        case 1: case 10: return Text(e.m_description);
-        case 2: case 11: return DateValue(e.m_dueDate);
-        case 12: return DateValue(e.m_completeDate);
-        case 3: case 13: return Text(e.m_priority);
-        default: return {};
+        case 0:
+            return Text(m_s.TaskPath(e.m_taskId));
+        case 1:
+        case 10:
+            return Text(e.m_description);
+        case 2:
+        case 11:
+            return DateValue(e.m_dueDate);
+        case 12:
+            return DateValue(e.m_completeDate);
+        case 3:
+        case 13:
+            return Text(e.m_priority);
+        default:
+            return {};
         }
     }
 
@@ -130,9 +157,12 @@ public:
     {
         switch (kind)
         {
-        case EntryKind::time: return (key >= 0 && key <= 3) || (key >= 10 && key <= 14);
-        case EntryKind::expense: return (key >= 0 && key <= 2) || (key >= 10 && key <= 13);
-        case EntryKind::todo: return (key >= 0 && key <= 3) || (key >= 10 && key <= 13);
+        case EntryKind::time:
+            return (key >= 0 && key <= 3) || (key >= 10 && key <= 14);
+        case EntryKind::expense:
+            return (key >= 0 && key <= 2) || (key >= 10 && key <= 13);
+        case EntryKind::todo:
+            return (key >= 0 && key <= 3) || (key >= 10 && key <= 13);
         }
         return false;
     }
@@ -141,9 +171,12 @@ public:
     {
         switch (kind)
         {
-        case EntryKind::time: return TimeValue(static_cast<const CTimeEntry&>(e), key);
-        case EntryKind::expense: return ExpenseValue(static_cast<const CExpenseEntry&>(e), key);
-        case EntryKind::todo: return ToDoValue(static_cast<const CToDoEntry&>(e), key);
+        case EntryKind::time:
+            return TimeValue(static_cast<const CTimeEntry&>(e), key);
+        case EntryKind::expense:
+            return ExpenseValue(static_cast<const CExpenseEntry&>(e), key);
+        case EntryKind::todo:
+            return ToDoValue(static_cast<const CToDoEntry&>(e), key);
         }
         return {};
     }
@@ -154,8 +187,10 @@ public:
         {
             const auto& e = static_cast<const CTimeEntry&>(entry);
             if (dateView)
-                return {m_s.TaskPath(e.m_taskId), m_app.FormatTime(e.m_start), EndText(e), ElapsedText(e)};
-            return {DateText(DayOf(e)), e.m_note, m_app.FormatTime(e.m_start), EndText(e), ElapsedText(e)};
+                return {m_s.TaskPath(e.m_taskId), m_app.FormatTime(e.m_start), EndText(e),
+                        ElapsedText(e)};
+            return {DateText(DayOf(e)), e.m_note, m_app.FormatTime(e.m_start), EndText(e),
+                    ElapsedText(e)};
         }
         if (kind == EntryKind::expense)
         {
@@ -199,14 +234,18 @@ const char* PageTitle(EntryKind kind)
 {
     switch (kind)
     {
-    case EntryKind::time: return "Time";
-    case EntryKind::expense: return "Expenses";
-    case EntryKind::todo: return "To Do";
+    case EntryKind::time:
+        return "Time";
+    case EntryKind::expense:
+        return "Expenses";
+    case EntryKind::todo:
+        return "To Do";
     }
     return "";
 }
 
-EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateTime& date, const CTask* task)
+EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateTime& date,
+                           const CTask* task)
 {
     CTimeKeeperDoc& doc = session.Doc();
     CTimeKeeperApp& app = session.App();
@@ -218,16 +257,18 @@ EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateT
     switch (kind)
     {
     case EntryKind::time:
-        table.columns = dateView ? std::vector<std::string>{"Task", "Start", "End", "Elapsed"}
-                                 : std::vector<std::string>{"Date", "Note", "Start", "End", "Elapsed"};
+        table.columns = dateView
+                            ? std::vector<std::string>{"Task", "Start", "End", "Elapsed"}
+                            : std::vector<std::string>{"Date", "Note", "Start", "End", "Elapsed"};
         break;
     case EntryKind::expense:
         table.columns = dateView ? std::vector<std::string>{"Task", "Type", "Amount"}
                                  : std::vector<std::string>{"Date", "Type", "Note", "Amount"};
         break;
     case EntryKind::todo:
-        table.columns = dateView ? std::vector<std::string>{"Task", "Description", "Due Date", "Priority"}
-                                 : std::vector<std::string>{"Description", "Due Date", "Completed", "Priority"};
+        table.columns =
+            dateView ? std::vector<std::string>{"Task", "Description", "Due Date", "Priority"}
+                     : std::vector<std::string>{"Description", "Due Date", "Completed", "Priority"};
         break;
     }
 
@@ -259,12 +300,14 @@ EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateT
         if (kind == EntryKind::todo)
             entries.assign(task->m_todoEntries.begin(), task->m_todoEntries.end());
         // A task's lists hold entries in the order they were filed: show them by day.
-        std::stable_sort(entries.begin(), entries.end(), [&](const CEntry* a, const CEntry* b) {
-            if (kind == EntryKind::time)
-                return builder.StartValue(*static_cast<const CTimeEntry*>(a)) <
-                       builder.StartValue(*static_cast<const CTimeEntry*>(b));
-            return DayOf(*a).GetValue() < DayOf(*b).GetValue();
-        });
+        std::stable_sort(entries.begin(), entries.end(),
+                         [&](const CEntry* a, const CEntry* b)
+                         {
+                             if (kind == EntryKind::time)
+                                 return builder.StartValue(*static_cast<const CTimeEntry*>(a)) <
+                                        builder.StartValue(*static_cast<const CTimeEntry*>(b));
+                             return DayOf(*a).GetValue() < DayOf(*b).GetValue();
+                         });
     }
 
     const int key = kind == EntryKind::time      ? app.GetTimeSortOrder()
@@ -297,7 +340,8 @@ std::string FormatEntryTable(const EntryTable& table)
         for (size_t c = 0; c < row.cells.size(); ++c)
             widths[c + 1] = std::max(widths[c + 1], DisplayWidth(OneLine(row.cells[c])));
 
-    auto line = [&](const std::string& number, const std::vector<std::string>& cells) {
+    auto line = [&](const std::string& number, const std::vector<std::string>& cells)
+    {
         std::string out = std::string(widths[0] - DisplayWidth(number), ' ') + number;
         for (size_t c = 0; c < cells.size(); ++c)
         {

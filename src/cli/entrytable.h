@@ -34,7 +34,8 @@ struct EntryTable
 };
 
 // Date view: `task` is null; Task view: `date` is ignored.
-EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateTime& date, const CTask* task);
+EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateTime& date,
+                           const CTask* task);
 
 // The table as aligned text, rows numbered from 1.
 std::string FormatEntryTable(const EntryTable& table);

@@ -39,9 +39,9 @@ int New(Context& ctx)
 
 std::string Summary(const CTimeKeeperDoc& doc)
 {
-    return "version " + std::to_string(doc.m_fileVersion) + ", " + std::to_string(doc.m_tasks.size()) +
-           " tasks, " + std::to_string(doc.m_days.size()) + " days, " +
-           std::to_string(doc.CountTimeEntries()) + " time entries, " +
+    return "version " + std::to_string(doc.m_fileVersion) + ", " +
+           std::to_string(doc.m_tasks.size()) + " tasks, " + std::to_string(doc.m_days.size()) +
+           " days, " + std::to_string(doc.CountTimeEntries()) + " time entries, " +
            std::to_string(doc.CountExpenseEntries()) + " expense entries, " +
            std::to_string(doc.CountToDoEntries()) + " to-do entries, " +
            std::to_string(doc.m_reports.size()) + " reports";
@@ -96,7 +96,8 @@ struct ArchiveCounts
 };
 
 // What an archive of `taskId` over [from, to] holds (a null end is open).
-ArchiveCounts CountArchived(const CTimeKeeperDoc& doc, const CDateTime& from, const CDateTime& to, uint32_t taskId)
+ArchiveCounts CountArchived(const CTimeKeeperDoc& doc, const CDateTime& from, const CDateTime& to,
+                            uint32_t taskId)
 {
     std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
     const bool all = taskId == CTimeKeeperDoc::kRootTaskId;
@@ -105,7 +106,8 @@ ArchiveCounts CountArchived(const CTimeKeeperDoc& doc, const CDateTime& from, co
     ArchiveCounts counts;
     for (const auto& [key, day] : doc.m_days)
     {
-        if ((from.IsValid() && day->GetDate() < from.DatePart()) || (to.IsValid() && day->GetDate() > to.DatePart()))
+        if ((from.IsValid() && day->GetDate() < from.DatePart()) ||
+            (to.IsValid() && day->GetDate() > to.DatePart()))
             continue;
         for (const auto& e : day->TimeEntries())
             counts.time += selected(*e);
@@ -131,8 +133,10 @@ int Archive(Context& ctx)
         throw UsageError("--task TASK is required (the top task archives every task)");
     if (!out)
         throw UsageError("--out ARCHIVE (the archive file to write) is required");
-    const CDateTime from = args.Option("from") ? ParseDate(*args.Option("from"), "--from") : CDateTime::Null();
-    const CDateTime to = args.Option("to") ? ParseDate(*args.Option("to"), "--to") : CDateTime::Null();
+    const CDateTime from =
+        args.Option("from") ? ParseDate(*args.Option("from"), "--from") : CDateTime::Null();
+    const CDateTime to =
+        args.Option("to") ? ParseDate(*args.Option("to"), "--to") : CDateTime::Null();
     if (from.IsValid() && to.IsValid() && from > to)
         Refuse(40017);
     if (SameFile(path, *out))
@@ -150,8 +154,8 @@ int Archive(Context& ctx)
     const std::vector<uint8_t> bytes = s.Doc().WriteSelection(from, to, task->m_id);
     WriteNewFile(*out, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
                  args.Flag("force"));
-    std::cout << "Archived " << counts.time << " time, " << counts.expenses << " expense and " << counts.todos
-              << " to-do entries of " << s.TaskPath(task) << " to " << *out << "\n";
+    std::cout << "Archived " << counts.time << " time, " << counts.expenses << " expense and "
+              << counts.todos << " to-do entries of " << s.TaskPath(task) << " to " << *out << "\n";
     if (remove)
     {
         s.Doc().DeleteArchivedEntries(from, to, task->m_id);
@@ -187,12 +191,13 @@ int Demo(Context& ctx)
     {
         if (args.Option("seed"))
             throw UsageError("--seed goes with --years");
-        MakeDemoDocument(session.Doc(), app.App().Today(), args.Option("employee").value_or("Robin Calder"));
+        MakeDemoDocument(session.Doc(), app.App().Today(),
+                         args.Option("employee").value_or("Robin Calder"));
     }
     session.SaveAs(path);
     std::cout << "Created " << path << " (" << session.Doc().m_tasks.size() << " tasks, "
-              << session.Doc().CountTimeEntries() << " time entries, " << session.Doc().CountExpenseEntries()
-              << " expense entries)\n";
+              << session.Doc().CountTimeEntries() << " time entries, "
+              << session.Doc().CountExpenseEntries() << " expense entries)\n";
     return 0;
 }
 } // namespace
@@ -205,8 +210,10 @@ void RegisterFileCommands(CommandTable& table)
     table.Add({"convert", "FILE OUT [--force]",
                "read a document of an older layout and write it in the current one", Convert});
     table.Add({"dump", "[--json] FILE", "print every record of a document", Dump});
-    table.Add({"archive", "FILE --task TASK [--from DATE] [--to DATE] [--delete] --out ARCHIVE [--force]",
-               "write the entries of a task and a date range to an archive document (and delete them)", Archive});
+    table.Add(
+        {"archive", "FILE --task TASK [--from DATE] [--to DATE] [--delete] --out ARCHIVE [--force]",
+         "write the entries of a task and a date range to an archive document (and delete them)",
+         Archive});
     table.Add({"demo", "FILE [--employee NAME] [--years N [--seed S]] [--force]",
                "create a demo document with a few weeks of work (or N years at scale)", Demo});
 }

@@ -52,9 +52,11 @@ void PrintUsage(const CommandTable& table, std::ostream& out)
            "Commands (qvx help COMMAND shows the arguments of one):\n";
     for (const Command& c : table.All())
         out << "  " << c.name << std::string(width - c.name.size() + 2, ' ') << c.summary << "\n";
-    out << "\nFILE is a .qvx document. TASK is a path of task names such as \"Acme/Website\" (any case)\n"
+    out << "\nFILE is a .qvx document. TASK is a path of task names such as \"Acme/Website\" (any "
+           "case)\n"
            "or \"#id\". DATE is YYYY-MM-DD, TIME is HH:MM. --yes / --no answer every question the\n"
-           "command would ask; without them questions are asked on the terminal. QVX_NOW=\"YYYY-MM-DD\n"
+           "command would ask; without them questions are asked on the terminal. "
+           "QVX_NOW=\"YYYY-MM-DD\n"
            "HH:MM\" fixes the clock.\n";
 }
 } // namespace
@@ -93,10 +95,12 @@ int main(int argc, char** argv)
             const std::vector<std::string> words(args.begin() + 1, args.end());
             if (const Command* c = table.Find(words, used); c && used == words.size())
             {
-                std::cout << "usage: qvx " << c->name << " " << c->usage << "\n" << c->summary << "\n";
+                std::cout << "usage: qvx " << c->name << " " << c->usage << "\n"
+                          << c->summary << "\n";
                 return 0;
             }
-            std::cerr << "qvx: unknown command '" << words[0] << "' (qvx help lists the commands)\n";
+            std::cerr << "qvx: unknown command '" << words[0]
+                      << "' (qvx help lists the commands)\n";
             return 2;
         }
         PrintUsage(table, args.empty() ? std::cerr : std::cout);
@@ -112,7 +116,8 @@ int main(int argc, char** argv)
             if (c.name.rfind(args[0] + " ", 0) == 0)
                 group += (group.empty() ? "" : ", ") + c.name.substr(args[0].size() + 1);
         if (!group.empty())
-            std::cerr << "qvx " << args[0] << ": give one of " << group << " (qvx help lists the commands)\n";
+            std::cerr << "qvx " << args[0] << ": give one of " << group
+                      << " (qvx help lists the commands)\n";
         else
             std::cerr << "qvx: unknown command '" << args[0] << "' (qvx help lists the commands)\n";
         return 2;

@@ -13,7 +13,8 @@ namespace
 constexpr const char* kSettings = "Settings";
 // The rounding intervals in minutes, by their "TimeInterval" index.
 constexpr int kIntervalMinutes[] = {1, 3, 5, 10, 15, 30, 60, 6};
-const char* const kDays[] = {"sunday", "monday", "tuesday", "wednesday", "thursday", "friday", "saturday"};
+const char* const kDays[] = {"sunday",   "monday", "tuesday", "wednesday",
+                             "thursday", "friday", "saturday"};
 
 int ParseInterval(const std::string& text)
 {
@@ -21,7 +22,8 @@ int ParseInterval(const std::string& text)
     for (int i = 0; i < 8; ++i)
         if (kIntervalMinutes[i] == minutes)
             return i;
-    throw UsageError("--time-interval must be one of 1, 3, 5, 6, 10, 15, 30, 60 (minutes), not '" + text + "'");
+    throw UsageError("--time-interval must be one of 1, 3, 5, 6, 10, 15, 30, 60 (minutes), not '" +
+                     text + "'");
 }
 
 int ParseWeekStart(const std::string& text)
@@ -36,7 +38,8 @@ void PrintOptions(CTimeKeeperApp& app, const CTimeKeeperDoc* doc)
 {
     std::cout << "Time interval: " << app.IntervalMinutes(app.GetTimeInterval()) << " min\n";
     std::cout << "Stop at midnight: " << (app.GetStopAtMidnight() ? "yes" : "no") << "\n";
-    std::cout << "Elapsed format: " << (app.GetElapsedTimeFormat() == 0 ? "time" : "decimal") << "\n";
+    std::cout << "Elapsed format: " << (app.GetElapsedTimeFormat() == 0 ? "time" : "decimal")
+              << "\n";
     const int week = app.GetWeekStart();
     std::cout << "Week start: " << (week >= 1 && week <= 7 ? kDays[week - 1] : "?") << "\n";
     std::cout << "Recent task count: " << app.GetRecentTaskCount() << "\n";
@@ -46,8 +49,8 @@ void PrintOptions(CTimeKeeperApp& app, const CTimeKeeperDoc* doc)
     std::cout << "Default tax rate: " << app.FormatNumber(app.GetDefaultTaxRate()) << "\n";
     if (!doc)
         return;
-    std::cout << "Mileage rate: " << app.FormatNumber(doc->m_defaultMileageRate, 3) << " (distance in "
-              << app.GetDistanceUnit() << ")\n";
+    std::cout << "Mileage rate: " << app.FormatNumber(doc->m_defaultMileageRate, 3)
+              << " (distance in " << app.GetDistanceUnit() << ")\n";
     uint32_t deepest = 4;
     for (const auto& [level, name] : doc->m_levelNames)
         deepest = std::max(deepest, level);
@@ -58,10 +61,10 @@ void PrintOptions(CTimeKeeperApp& app, const CTimeKeeperDoc* doc)
 int Options(Context& ctx)
 {
     const std::vector<std::string> documentOptions = {"mileage-rate", "level-name"};
-    const std::vector<std::string> userOptions = {"time-interval", "stop-at-midnight", "elapsed-format",
-                                                  "week-start",    "recent-count",     "task-names",
-                                                  "invoice-number", "invoice-address", "default-terms",
-                                                  "default-tax-rate"};
+    const std::vector<std::string> userOptions = {
+        "time-interval", "stop-at-midnight", "elapsed-format", "week-start",
+        "recent-count",  "task-names",       "invoice-number", "invoice-address",
+        "default-terms", "default-tax-rate"};
     std::vector<std::string> known = documentOptions;
     known.insert(known.end(), userOptions.begin(), userOptions.end());
     Args args(ctx.argv, {});
@@ -137,9 +140,9 @@ int Options(Context& ctx)
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
     if (args.Count() == 1)
-        session = std::make_unique<CommandSession>(changesDocument ? ctx : readCtx, args.At(0, "FILE"),
-                                                   changesDocument ? CommandSession::Mode::change
-                                                                   : CommandSession::Mode::read);
+        session = std::make_unique<CommandSession>(
+            changesDocument ? ctx : readCtx, args.At(0, "FILE"),
+            changesDocument ? CommandSession::Mode::change : CommandSession::Mode::read);
     else
         appOnly = std::make_unique<AppContext>();
     AppContext& appContext = session ? session->AppCtx() : *appOnly;
@@ -190,10 +193,14 @@ int Options(Context& ctx)
 void RegisterOptionsCommands(CommandTable& table)
 {
     table.Add({"options",
-               "[FILE] [--mileage-rate R] [--level-name LEVEL=NAME] [--time-interval MIN] [--stop-at-midnight yes|no] "
-               "[--elapsed-format time|decimal] [--week-start DAY] [--recent-count N] [--task-names name|abbreviation] "
-               "[--invoice-number N] [--invoice-address TEXT] [--default-terms TEXT] [--default-tax-rate R]",
-               "show or change the options: the document's mileage rate and level names, and your settings",
+               "[FILE] [--mileage-rate R] [--level-name LEVEL=NAME] [--time-interval MIN] "
+               "[--stop-at-midnight yes|no] "
+               "[--elapsed-format time|decimal] [--week-start DAY] [--recent-count N] "
+               "[--task-names name|abbreviation] "
+               "[--invoice-number N] [--invoice-address TEXT] [--default-terms TEXT] "
+               "[--default-tax-rate R]",
+               "show or change the options: the document's mileage rate and level names, and your "
+               "settings",
                Options});
 }
 

@@ -23,8 +23,14 @@ constexpr unsigned kAskDeleteReports = 41022;
 class MessageCollector : public platform::Prompter
 {
 public:
-    void ShowMessage(const std::string& text, platform::Icon) override { m_messages.push_back(text); }
-    platform::Answer AskYesNo(const std::string&, platform::Icon) override { return platform::Answer::no; }
+    void ShowMessage(const std::string& text, platform::Icon) override
+    {
+        m_messages.push_back(text);
+    }
+    platform::Answer AskYesNo(const std::string&, platform::Icon) override
+    {
+        return platform::Answer::no;
+    }
     platform::Answer AskYesNoCancel(const std::string&, platform::Icon) override
     {
         return platform::Answer::cancel;
@@ -37,8 +43,9 @@ private:
 
 bool HasActivities(uint32_t kind)
 {
-    return kind == CReport::timeDetail || kind == CReport::timeSummary || kind == CReport::billingSummary ||
-           kind == CReport::timeExpenseSummary || kind == CReport::invoice;
+    return kind == CReport::timeDetail || kind == CReport::timeSummary ||
+           kind == CReport::billingSummary || kind == CReport::timeExpenseSummary ||
+           kind == CReport::invoice;
 }
 
 bool HasExpenseFilters(uint32_t kind)
@@ -49,20 +56,22 @@ bool HasExpenseFilters(uint32_t kind)
 
 bool IsSummary(uint32_t kind)
 {
-    return kind == CReport::timeSummary || kind == CReport::expenseSummary || kind == CReport::timeExpenseSummary ||
-           kind == CReport::billingSummary;
+    return kind == CReport::timeSummary || kind == CReport::expenseSummary ||
+           kind == CReport::timeExpenseSummary || kind == CReport::billingSummary;
 }
 
 bool IsDetail(uint32_t kind)
 {
-    return kind == CReport::timeDetail || kind == CReport::expenseDetail || kind == CReport::todoDetail;
+    return kind == CReport::timeDetail || kind == CReport::expenseDetail ||
+           kind == CReport::todoDetail;
 }
 
 // A definition by "#id", a bare id, or its name.
 CReport* FindReport(CTimeKeeperDoc& doc, const std::string& spec)
 {
     const std::string digits = !spec.empty() && spec[0] == '#' ? spec.substr(1) : spec;
-    if (!digits.empty() && digits.size() < 10 && digits.find_first_not_of("0123456789") == std::string::npos)
+    if (!digits.empty() && digits.size() < 10 &&
+        digits.find_first_not_of("0123456789") == std::string::npos)
     {
         if (CReport* r = doc.GetReport(uint32_t(std::stoul(digits))))
             return r;
@@ -74,7 +83,8 @@ CReport* FindReport(CTimeKeeperDoc& doc, const std::string& spec)
         if (SameText(r->m_name, spec))
         {
             if (found)
-                throw CommandError("several reports are named '" + spec + "' (use #id; qvx report list shows them)");
+                throw CommandError("several reports are named '" + spec +
+                                   "' (use #id; qvx report list shows them)");
             found = r.get();
         }
     if (!found)
@@ -89,7 +99,8 @@ std::vector<std::string> SplitList(const std::string& text)
     while (start <= text.size())
     {
         const size_t comma = text.find(',', start);
-        std::string item = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        std::string item =
+            text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
         const size_t first = item.find_first_not_of(' ');
         const size_t last = item.find_last_not_of(' ');
         if (first != std::string::npos)
@@ -120,7 +131,8 @@ std::vector<uint32_t> ParseIdFilter(const Map& map, const std::string& text, con
     return ids;
 }
 
-std::string IdFilterText(const std::vector<uint32_t>& ids, const std::function<std::string(uint32_t)>& name)
+std::string IdFilterText(const std::vector<uint32_t>& ids,
+                         const std::function<std::string(uint32_t)>& name)
 {
     if (ids.size() == 1 && ids[0] == 0)
         return "all";
@@ -144,7 +156,8 @@ void ParseInclude(CReport& r, const std::string& text)
         else if (SameText(item, second))
             r.m_includeNonBillable = true;
         else
-            throw UsageError("--include takes " + std::string(first) + ", " + second + " or both, not '" + item + "'");
+            throw UsageError("--include takes " + std::string(first) + ", " + second +
+                             " or both, not '" + item + "'");
     }
     if (!r.m_includeBillable && !r.m_includeNonBillable)
         throw UsageError("--include needs " + std::string(first) + ", " + second + " or both");
@@ -158,16 +171,20 @@ uint32_t ParseOrientation(const std::string& text)
         return 1;
     if (text == "landscape")
         return 2;
-    throw UsageError("--orientation must be one of default, portrait, landscape; not '" + text + "'");
+    throw UsageError("--orientation must be one of default, portrait, landscape; not '" + text +
+                     "'");
 }
 
 const char* OrientationName(uint32_t orientation)
 {
     switch (orientation)
     {
-    case 1: return "portrait";
-    case 2: return "landscape";
-    default: return "default";
+    case 1:
+        return "portrait";
+    case 2:
+        return "landscape";
+    default:
+        return "default";
     }
 }
 
@@ -193,13 +210,18 @@ std::string Lines(const std::string& text)
 void CheckOptionsOfKind(const Args& args, uint32_t kind)
 {
     const std::string label = reports::KindLabel(kind);
-    auto only = [&](const char* option, bool allowed, const char* kinds) {
+    auto only = [&](const char* option, bool allowed, const char* kinds)
+    {
         if (!allowed && (args.Option(option) || args.Flag(option)))
-            throw UsageError("--" + std::string(option) + " goes with " + kinds + " reports, not " + label);
+            throw UsageError("--" + std::string(option) + " goes with " + kinds + " reports, not " +
+                             label);
     };
-    only("activities", HasActivities(kind), "time detail, time summary, billing summary, time & expense summary and invoice");
-    only("expense-types", HasExpenseFilters(kind), "expense detail, expense summary, time & expense summary and invoice");
-    only("payment-methods", HasExpenseFilters(kind), "expense detail, expense summary, time & expense summary and invoice");
+    only("activities", HasActivities(kind),
+         "time detail, time summary, billing summary, time & expense summary and invoice");
+    only("expense-types", HasExpenseFilters(kind),
+         "expense detail, expense summary, time & expense summary and invoice");
+    only("payment-methods", HasExpenseFilters(kind),
+         "expense detail, expense summary, time & expense summary and invoice");
     only("summarize", IsSummary(kind) || kind == CReport::invoice, "summary and invoice");
     only("time-frame", IsSummary(kind) || kind == CReport::invoice, "summary and invoice");
     only("rollup", IsSummary(kind), "summary");
@@ -224,7 +246,8 @@ void ApplyOptions(CommandSession& s, CReport& r, const Args& args, bool creating
     {
         const auto code = reports::ParsePreset(*preset);
         if (!code)
-            throw UsageError("unknown preset '" + *preset + "'; accepted: " + reports::AcceptedPresets());
+            throw UsageError("unknown preset '" + *preset +
+                             "'; accepted: " + reports::AcceptedPresets());
         if ((from || to) && *code != CReport::customDates)
             throw UsageError("--from and --to go with custom dates, not with --preset " + *preset);
         r.m_preset = *code;
@@ -272,7 +295,8 @@ void ApplyOptions(CommandSession& s, CReport& r, const Args& args, bool creating
     {
         const auto code = reports::ParseTimeFrame(*frame);
         if (!code)
-            throw UsageError("unknown time frame '" + *frame + "'; accepted: " + reports::AcceptedTimeFrames());
+            throw UsageError("unknown time frame '" + *frame +
+                             "'; accepted: " + reports::AcceptedTimeFrames());
         r.m_timeFrame = *code;
     }
     if (auto v = args.Option("rollup"))
@@ -340,10 +364,11 @@ void ApplyOptions(CommandSession& s, CReport& r, const Args& args, bool creating
 }
 
 const std::vector<std::string> kDefinitionOptions = {
-    "name",       "preset",    "from",        "to",          "task",       "fields",   "include",
-    "child-tasks", "empty-rows", "activities", "expense-types", "payment-methods", "summarize", "time-frame",
-    "rollup",     "totals",    "orientation", "font",        "font-size",  "bold",     "italic",
-    "recipient",  "terms",     "show-terms",  "tax",         "number"};
+    "name",      "preset",      "from",       "to",         "task",          "fields",
+    "include",   "child-tasks", "empty-rows", "activities", "expense-types", "payment-methods",
+    "summarize", "time-frame",  "rollup",     "totals",     "orientation",   "font",
+    "font-size", "bold",        "italic",     "recipient",  "terms",         "show-terms",
+    "tax",       "number"};
 
 std::string TaskOf(CommandSession& s, const CReport& r)
 {
@@ -359,8 +384,8 @@ int ReportList(Context& ctx)
     CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
     std::vector<std::vector<std::string>> rows = {{"Id", "Kind", "Title", "Task", "Dates"}};
     for (const auto& r : s.Doc().m_reports)
-        rows.push_back({std::to_string(r->m_id), reports::KindLabel(r->m_kind), r->m_name, TaskOf(s, *r),
-                        reports::DateRangeText(*r, s.Doc(), s.App())});
+        rows.push_back({std::to_string(r->m_id), reports::KindLabel(r->m_kind), r->m_name,
+                        TaskOf(s, *r), reports::DateRangeText(*r, s.Doc(), s.App())});
     std::vector<size_t> widths(5, 0);
     for (const auto& row : rows)
         for (size_t c = 0; c < row.size(); ++c)
@@ -381,7 +406,8 @@ int ReportList(Context& ctx)
 
 int ReportNew(Context& ctx)
 {
-    const std::vector<std::string> known = [] {
+    const std::vector<std::string> known = []
+    {
         std::vector<std::string> k = kDefinitionOptions;
         k.push_back("kind");
         return k;
@@ -411,8 +437,9 @@ int ReportNew(Context& ctx)
         report->m_id = id;
     }
     s.Save();
-    std::cout << "Added report #" << id << " '" << report->m_name << "' (" << reports::KindLabel(report->m_kind)
-              << ", " << reports::DateRangeText(*report, s.Doc(), s.App()) << ")\n";
+    std::cout << "Added report #" << id << " '" << report->m_name << "' ("
+              << reports::KindLabel(report->m_kind) << ", "
+              << reports::DateRangeText(*report, s.Doc(), s.App()) << ")\n";
     return 0;
 }
 
@@ -443,11 +470,13 @@ int ReportShow(Context& ctx)
     const CReport& r = *FindReport(s.Doc(), args.At(1, "REPORT"));
     const CTimeKeeperDoc& doc = s.Doc();
     const uint32_t kind = r.m_kind;
-    auto line = [](const std::string& key, const std::string& value) { std::cout << key << ": " << value << "\n"; };
+    auto line = [](const std::string& key, const std::string& value)
+    { std::cout << key << ": " << value << "\n"; };
     line("Id", std::to_string(r.m_id));
     line("Kind", reports::KindKeyword(kind) + " (" + reports::KindLabel(kind) + ")");
     line("Name", r.m_name);
-    line("Dates", reports::PresetKeyword(r.m_preset) + " (" + reports::DateRangeText(r, doc, s.App()) + ")");
+    line("Dates",
+         reports::PresetKeyword(r.m_preset) + " (" + reports::DateRangeText(r, doc, s.App()) + ")");
     line("Task", TaskOf(s, r));
     std::string fields;
     for (const reports::FieldInfo& f : reports::FieldsOfKind(kind, &s.App()))
@@ -458,26 +487,33 @@ int ReportShow(Context& ctx)
     if (r.m_includeBillable)
         include = kind == CReport::todoDetail ? "outstanding" : "billable";
     if (r.m_includeNonBillable)
-        include += std::string(include.empty() ? "" : ",") + (kind == CReport::todoDetail ? "completed" : "non-billable");
+        include += std::string(include.empty() ? "" : ",") +
+                   (kind == CReport::todoDetail ? "completed" : "non-billable");
     line("Include", include.empty() ? "none" : include);
     line("Empty rows", r.m_showEmptyRows ? "yes" : "no");
     if (IsDetail(kind))
         line("Child tasks", r.m_selectedTasksOnly ? "no" : "yes");
     if (HasActivities(kind))
-        line("Activities", IdFilterText(r.m_selectedActivities, [&](uint32_t id) {
-                 const CActivity* a = doc.GetActivity(id);
-                 return a ? a->m_name : "#" + std::to_string(id);
-             }));
+        line("Activities", IdFilterText(r.m_selectedActivities,
+                                        [&](uint32_t id)
+                                        {
+                                            const CActivity* a = doc.GetActivity(id);
+                                            return a ? a->m_name : "#" + std::to_string(id);
+                                        }));
     if (HasExpenseFilters(kind))
     {
-        line("Expense types", IdFilterText(r.m_selectedExpenseTypes, [&](uint32_t id) {
-                 const CExpenseType* t = doc.GetExpenseType(id);
-                 return t ? t->m_name : "#" + std::to_string(id);
-             }));
-        line("Payment methods", IdFilterText(r.m_selectedPaymentMethods, [&](uint32_t id) {
-                 const CPaymentMethod* p = doc.GetPaymentMethod(id);
-                 return p ? p->m_name : "#" + std::to_string(id);
-             }));
+        line("Expense types", IdFilterText(r.m_selectedExpenseTypes,
+                                           [&](uint32_t id)
+                                           {
+                                               const CExpenseType* t = doc.GetExpenseType(id);
+                                               return t ? t->m_name : "#" + std::to_string(id);
+                                           }));
+        line("Payment methods", IdFilterText(r.m_selectedPaymentMethods,
+                                             [&](uint32_t id)
+                                             {
+                                                 const CPaymentMethod* p = doc.GetPaymentMethod(id);
+                                                 return p ? p->m_name : "#" + std::to_string(id);
+                                             }));
     }
     if (IsSummary(kind) || kind == CReport::invoice)
     {
@@ -498,8 +534,9 @@ int ReportShow(Context& ctx)
                                            : std::to_string(r.m_invoiceNumber));
     }
     line("Orientation", OrientationName(r.m_orientation));
-    line("Font", r.m_font.faceName + (r.m_font.weight >= 700 ? " Bold" : "") + (r.m_font.italic ? " Italic" : "") +
-                     " " + std::to_string(r.m_font.PointSize()) + " pt.");
+    line("Font", r.m_font.faceName + (r.m_font.weight >= 700 ? " Bold" : "") +
+                     (r.m_font.italic ? " Italic" : "") + " " +
+                     std::to_string(r.m_font.PointSize()) + " pt.");
     return 0;
 }
 
@@ -514,7 +551,8 @@ int ReportRemove(Context& ctx)
         platform::Answer::yes)
     {
         if (s.Prompter().Unanswered())
-            throw CommandError("nothing deleted: the question was not answered (run again with --yes)");
+            throw CommandError(
+                "nothing deleted: the question was not answered (run again with --yes)");
         std::cout << "Nothing deleted\n";
         return 0;
     }
@@ -574,7 +612,8 @@ int ReportExport(Context& ctx)
 
 void PrintPages(CommandSession& s, CReport& report)
 {
-    const std::vector<std::vector<std::string>> pages = reports::RenderTextPages(report, s.Doc(), s.App());
+    const std::vector<std::vector<std::string>> pages =
+        reports::RenderTextPages(report, s.Doc(), s.App());
     std::cout << pages.size() << (pages.size() == 1 ? " page" : " pages") << "\n";
     for (size_t p = 0; p < pages.size(); ++p)
     {
@@ -598,7 +637,8 @@ int Invoice(Context& ctx)
 {
     Args args(ctx.argv, {"force"});
     args.Expect(2, 2, {"format", "out", "force"});
-    const std::optional<int> format = args.Option("format") ? std::optional<int>(ParseFormatOption(args)) : std::nullopt;
+    const std::optional<int> format =
+        args.Option("format") ? std::optional<int>(ParseFormatOption(args)) : std::nullopt;
     if (args.Option("out") && !format)
         throw UsageError("--out goes with --format csv|tab|html");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
@@ -609,16 +649,17 @@ int Invoice(Context& ctx)
     const int before = report->m_invoiceNumber;
     const std::string number = reports::NumberInvoice(*report, s.Doc(), s.App(), s.Prompter());
     if (s.Prompter().Unanswered())
-        throw CommandError("the invoice was not numbered: the question was not answered (run again with --yes or --no)");
+        throw CommandError("the invoice was not numbered: the question was not answered (run again "
+                           "with --yes or --no)");
     if (format)
         WriteExport(s, *report, *format, args);
     else
         PrintPages(s, *report);
     s.Save();
     std::cout << "Invoice number " << number
-              << (report->m_numberMode == 0 && report->m_invoiceNumber != before ? " (the next one is " +
-                                                                                       std::to_string(s.App().GetInvoiceNumber()) + ")"
-                                                                                 : std::string())
+              << (report->m_numberMode == 0 && report->m_invoiceNumber != before
+                      ? " (the next one is " + std::to_string(s.App().GetInvoiceNumber()) + ")"
+                      : std::string())
               << "\n";
     return 0;
 }
@@ -628,24 +669,36 @@ void RegisterReportCommands(CommandTable& table)
 {
     const std::string definition =
         "[--preset PRESET | --from DATE --to DATE] [--task TASK] [--fields LIST|all] "
-        "[--include billable,non-billable | outstanding,completed] [--child-tasks yes|no] [--empty-rows yes|no] "
+        "[--include billable,non-billable | outstanding,completed] [--child-tasks yes|no] "
+        "[--empty-rows yes|no] "
         "[--activities LIST|all] [--expense-types LIST|all] [--payment-methods LIST|all] "
-        "[--summarize LEVEL|activity|expense-type|payment-method|task-id] [--time-frame total|year|month|week|day] "
-        "[--rollup yes|no] [--totals yes|no] [--recipient TEXT] [--terms TEXT] [--show-terms yes|no] "
-        "[--tax RATE|no] [--number next|N] [--orientation default|portrait|landscape] [--font FACE] "
+        "[--summarize LEVEL|activity|expense-type|payment-method|task-id] [--time-frame "
+        "total|year|month|week|day] "
+        "[--rollup yes|no] [--totals yes|no] [--recipient TEXT] [--terms TEXT] [--show-terms "
+        "yes|no] "
+        "[--tax RATE|no] [--number next|N] [--orientation default|portrait|landscape] [--font "
+        "FACE] "
         "[--font-size PT] [--bold yes|no] [--italic yes|no]";
-    table.Add({"report list", "FILE", "list the report definitions (id, kind, title, task, dates)", ReportList});
-    table.Add({"report new", "FILE --kind KIND --name NAME " + definition,
-               "add a report definition; bad kinds, presets, fields are refused with what is accepted", ReportNew});
-    table.Add({"report set", "FILE REPORT [--name NAME] " + definition, "change a report definition", ReportSet});
-    table.Add({"report show", "FILE REPORT", "print every member of a report definition", ReportShow});
+    table.Add({"report list", "FILE", "list the report definitions (id, kind, title, task, dates)",
+               ReportList});
+    table.Add(
+        {"report new", "FILE --kind KIND --name NAME " + definition,
+         "add a report definition; bad kinds, presets, fields are refused with what is accepted",
+         ReportNew});
+    table.Add({"report set", "FILE REPORT [--name NAME] " + definition,
+               "change a report definition", ReportSet});
+    table.Add(
+        {"report show", "FILE REPORT", "print every member of a report definition", ReportShow});
     table.Add({"report rm", "FILE REPORT", "delete a report definition", ReportRemove});
     table.Add({"report export", "FILE REPORT --format csv|tab|html [--out PATH|-] [--force]",
                "export a report (default file: its name up to the first \"/\")", ReportExport});
-    table.Add({"report pages", "FILE REPORT", "print the pages of a report as text lines, as a printer lays them out",
+    table.Add({"report pages", "FILE REPORT",
+               "print the pages of a report as text lines, as a printer lays them out",
                ReportPages});
-    table.Add({"invoice", "FILE REPORT [--format csv|tab|html [--out PATH|-] [--force]]",
-               "number an invoice as printing does (\"InvoiceNumber\" moves on) and print or export it", Invoice});
+    table.Add(
+        {"invoice", "FILE REPORT [--format csv|tab|html [--out PATH|-] [--force]]",
+         "number an invoice as printing does (\"InvoiceNumber\" moves on) and print or export it",
+         Invoice});
 }
 
 } // namespace cli

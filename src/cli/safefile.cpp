@@ -47,7 +47,9 @@ void SyncDirectory(const std::string& dir)
 
 bool FileExists(const std::string& path)
 {
-    struct stat st{};
+    struct stat st
+    {
+    };
     return ::lstat(path.c_str(), &st) == 0;
 }
 
@@ -66,8 +68,10 @@ void WriteNewFile(const std::string& path, std::string_view bytes, bool replace)
     if (!replace && FileExists(path))
         throw CommandError("'" + path + "' already exists (use --force to replace it)");
     const std::filesystem::path target(path);
-    const std::string dir = target.has_parent_path() ? target.parent_path().string() : std::string(".");
-    std::string temp = (std::filesystem::path(dir) / ("." + target.filename().string() + ".XXXXXX")).string();
+    const std::string dir =
+        target.has_parent_path() ? target.parent_path().string() : std::string(".");
+    std::string temp =
+        (std::filesystem::path(dir) / ("." + target.filename().string() + ".XXXXXX")).string();
     const int fd = ::mkstemp(temp.data());
     if (fd < 0)
         throw CommandError(Why("create a file in", dir));
@@ -89,11 +93,13 @@ void WriteNewFile(const std::string& path, std::string_view bytes, bool replace)
         throw CommandError(error);
     }
     // Without --force a link refuses a file that appeared meanwhile; rename would replace it.
-    const int moved = replace ? ::rename(temp.c_str(), path.c_str()) : ::link(temp.c_str(), path.c_str());
+    const int moved =
+        replace ? ::rename(temp.c_str(), path.c_str()) : ::link(temp.c_str(), path.c_str());
     if (moved != 0)
     {
-        const std::string error = errno == EEXIST ? "'" + path + "' already exists (use --force to replace it)"
-                                                  : Why("create", path);
+        const std::string error = errno == EEXIST
+                                      ? "'" + path + "' already exists (use --force to replace it)"
+                                      : Why("create", path);
         ::unlink(temp.c_str());
         throw CommandError(error);
     }

@@ -16,10 +16,22 @@ namespace
 class DeleteTaskPrompter : public platform::Prompter
 {
 public:
-    DeleteTaskPrompter(platform::Prompter& next, platform::Answer entries) : m_next(next), m_entries(entries) {}
-    void ShowMessage(const std::string& text, platform::Icon icon) override { m_next.ShowMessage(text, icon); }
-    platform::Answer AskYesNo(const std::string&, platform::Icon) override { return platform::Answer::yes; }
-    platform::Answer AskYesNoCancel(const std::string&, platform::Icon) override { return m_entries; }
+    DeleteTaskPrompter(platform::Prompter& next, platform::Answer entries)
+        : m_next(next), m_entries(entries)
+    {
+    }
+    void ShowMessage(const std::string& text, platform::Icon icon) override
+    {
+        m_next.ShowMessage(text, icon);
+    }
+    platform::Answer AskYesNo(const std::string&, platform::Icon) override
+    {
+        return platform::Answer::yes;
+    }
+    platform::Answer AskYesNoCancel(const std::string&, platform::Icon) override
+    {
+        return m_entries;
+    }
 
 private:
     platform::Prompter& m_next;
@@ -28,8 +40,8 @@ private:
 
 void PrintTree(const CTimeKeeperDoc& doc, const CTask& task, int depth)
 {
-    std::cout << std::string(size_t(depth) * 2, ' ') << task.m_name << "  (" << doc.GetLevelName(task.m_level)
-              << ", #" << task.m_id << ")";
+    std::cout << std::string(size_t(depth) * 2, ' ') << task.m_name << "  ("
+              << doc.GetLevelName(task.m_level) << ", #" << task.m_id << ")";
     if (task.m_inactive)
         std::cout << "  [inactive]";
     else if (task.IsInactive())
@@ -64,15 +76,16 @@ int TaskAdd(Context& ctx)
     if (auto l = args.Option("level"))
         level = ParseInt(*l, "--level");
     if (level <= parent->m_level || level > 19)
-        throw CommandError("a task of level " + std::to_string(level) + " cannot be added under a task of level " +
-                           std::to_string(parent->m_level) + " (the level must be below its parent's, up to 19)");
+        throw CommandError(
+            "a task of level " + std::to_string(level) + " cannot be added under a task of level " +
+            std::to_string(parent->m_level) + " (the level must be below its parent's, up to 19)");
     if (parent->m_projectId != 0)
         throw CommandError("tasks cannot be added under a task linked to a project");
     CTask* task = s.Doc().AddTask(parent, uint16_t(level));
     s.Doc().RenameTask(task, name.substr(name.find_first_not_of(' ')));
     s.Save();
-    std::cout << "Added " << s.Doc().GetLevelName(task->m_level) << " '" << task->m_name << "' (#" << task->m_id
-              << ") under '" << parent->m_name << "'\n";
+    std::cout << "Added " << s.Doc().GetLevelName(task->m_level) << " '" << task->m_name << "' (#"
+              << task->m_id << ") under '" << parent->m_name << "'\n";
     return 0;
 }
 
@@ -113,8 +126,8 @@ int TaskRemove(Context& ctx)
     bool deleted = false;
     if (args.Flag("rollup") || args.Flag("delete-entries"))
     {
-        DeleteTaskPrompter answers(ctx.prompter,
-                                   args.Flag("rollup") ? platform::Answer::yes : platform::Answer::no);
+        DeleteTaskPrompter answers(ctx.prompter, args.Flag("rollup") ? platform::Answer::yes
+                                                                     : platform::Answer::no);
         deleted = s.Doc().DeleteTask(task, answers);
     }
     else
@@ -122,7 +135,8 @@ int TaskRemove(Context& ctx)
     if (!deleted)
     {
         if (ctx.prompter.Unanswered())
-            throw CommandError("nothing deleted: the question was not answered (use --rollup or --delete-entries)");
+            throw CommandError("nothing deleted: the question was not answered (use --rollup or "
+                               "--delete-entries)");
         std::cout << "Nothing deleted\n";
         return ctx.prompter.Unanswered() ? 1 : 0;
     }
@@ -163,11 +177,20 @@ int TaskActive(Context& ctx, bool inactive)
 
 int TaskSet(Context& ctx)
 {
-    const std::vector<std::string> known = {"abbrev",      "task-id",          "rate",
-                                            "billable",    "use-parent-billing", "use-parent-task-id",
-                                            "use-parent-contact", "overtime-multiplier", "use-activity-rates",
-                                            "contact",     "notes",            "hours-estimate",
-                                            "cost-estimate", "level"};
+    const std::vector<std::string> known = {"abbrev",
+                                            "task-id",
+                                            "rate",
+                                            "billable",
+                                            "use-parent-billing",
+                                            "use-parent-task-id",
+                                            "use-parent-contact",
+                                            "overtime-multiplier",
+                                            "use-activity-rates",
+                                            "contact",
+                                            "notes",
+                                            "hours-estimate",
+                                            "cost-estimate",
+                                            "level"};
     Args args(ctx.argv, {});
     args.Expect(2, 2, known);
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
@@ -176,14 +199,16 @@ int TaskSet(Context& ctx)
 
     std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
     bool changed = false;
-    auto text = [&](const char* name, std::string& field) {
+    auto text = [&](const char* name, std::string& field)
+    {
         if (auto v = args.Option(name))
         {
             field = *v;
             changed = true;
         }
     };
-    auto flag = [&](const char* name, bool& field) {
+    auto flag = [&](const char* name, bool& field)
+    {
         if (auto v = args.Option(name))
         {
             field = ParseYesNo(*v, name);
@@ -261,8 +286,10 @@ int TaskSet(Context& ctx)
         int deepestChild = 20;
         for (const CTask* c : task->m_children)
             deepestChild = std::min<int>(deepestChild, c->m_level);
-        if (task->m_id == CTimeKeeperDoc::kRootTaskId || level <= parentLevel || level >= deepestChild || level > 19)
-            throw CommandError("level " + *v + " must lie below the parent's level and above the children's");
+        if (task->m_id == CTimeKeeperDoc::kRootTaskId || level <= parentLevel ||
+            level >= deepestChild || level > 19)
+            throw CommandError("level " + *v +
+                               " must lie below the parent's level and above the children's");
         task->m_level = uint16_t(level);
         changed = true;
     }
@@ -278,15 +305,21 @@ void RegisterTaskCommands(CommandTable& table)
 {
     table.Add({"tasks", "FILE", "print the task tree (inactive tasks marked)", Tasks});
     table.Add({"task add", "FILE PARENT NAME [--level N]", "add a task under PARENT", TaskAdd});
-    table.Add({"task move", "FILE TASK NEWPARENT", "move a task under another task of a higher level", TaskMove});
+    table.Add({"task move", "FILE TASK NEWPARENT",
+               "move a task under another task of a higher level", TaskMove});
     table.Add({"task rm", "FILE TASK [--rollup | --delete-entries]",
-               "delete a task and the tasks below it; entries roll up to the parent or are deleted", TaskRemove});
+               "delete a task and the tasks below it; entries roll up to the parent or are deleted",
+               TaskRemove});
     table.Add({"task rename", "FILE TASK NAME", "rename a task", TaskRename});
-    table.Add({"task inactive", "FILE TASK", "mark a task inactive", [](Context& c) { return TaskActive(c, true); }});
-    table.Add({"task active", "FILE TASK", "mark a task active again", [](Context& c) { return TaskActive(c, false); }});
+    table.Add({"task inactive", "FILE TASK", "mark a task inactive",
+               [](Context& c) { return TaskActive(c, true); }});
+    table.Add({"task active", "FILE TASK", "mark a task active again",
+               [](Context& c) { return TaskActive(c, false); }});
     table.Add({"task set",
-               "FILE TASK [--abbrev A] [--task-id ID] [--rate R] [--billable yes|no] [--overtime-multiplier M] "
-               "[--use-parent-billing yes|no] [--use-parent-task-id yes|no] [--use-parent-contact yes|no] "
+               "FILE TASK [--abbrev A] [--task-id ID] [--rate R] [--billable yes|no] "
+               "[--overtime-multiplier M] "
+               "[--use-parent-billing yes|no] [--use-parent-task-id yes|no] [--use-parent-contact "
+               "yes|no] "
                "[--use-activity-rates yes|no] [--contact ID] [--notes TEXT] [--hours-estimate H] "
                "[--cost-estimate C] [--level N]",
                "change a task's properties", TaskSet});

@@ -11,10 +11,16 @@ namespace cli
 namespace
 {
 // Dialog texts hold "\n\n" paragraph breaks; on a terminal they read well as they are.
-void Print(const std::string& text) { std::cerr << text << "\n"; }
+void Print(const std::string& text)
+{
+    std::cerr << text << "\n";
+}
 } // namespace
 
-void TerminalPrompter::ShowMessage(const std::string& text, platform::Icon) { Print(text); }
+void TerminalPrompter::ShowMessage(const std::string& text, platform::Icon)
+{
+    Print(text);
+}
 
 platform::Answer TerminalPrompter::AskYesNo(const std::string& text, platform::Icon)
 {

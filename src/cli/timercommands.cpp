@@ -59,10 +59,13 @@ std::string Describe(CommandSession& s, const CTimeEntry& e)
 [[noreturn]] void FailTimerOperation(CommandSession& s, const std::string& what)
 {
     if (s.Ui().ConflictRefused())
-        throw CommandError(what + ": the Time Entry conflicts with another Time Entry; nothing was changed "
-                                  "(--on-conflict adjust-others or adjust-this resolves it)");
+        throw CommandError(
+            what + ": the Time Entry conflicts with another Time Entry; nothing was changed "
+                   "(--on-conflict adjust-others or adjust-this resolves it)");
     if (s.Prompter().Unanswered())
-        throw CommandError(what + ": the question was not answered; nothing was changed (run again with --yes or --no)");
+        throw CommandError(
+            what +
+            ": the question was not answered; nothing was changed (run again with --yes or --no)");
     throw CommandError(what + ": cancelled; nothing was changed");
 }
 
@@ -73,7 +76,8 @@ void ReportStopped(CommandSession& s, const RunningSnapshot& snap)
     if (const CTimeEntry* e = StillFiled(s, snap); e && !e->IsRunning())
         std::cout << "Stopped " << Describe(s, *e) << "\n";
     else if (!e)
-        std::cout << "Stopped " << s.TaskPath(snap.taskId) << "; the entry had no length and was deleted\n";
+        std::cout << "Stopped " << s.TaskPath(snap.taskId)
+                  << "; the entry had no length and was deleted\n";
 }
 
 ConflictPolicy PolicyOption(const Args& args)
@@ -118,14 +122,15 @@ int Start(Context& ctx)
         // is left of it stays, without a running timer.
         s.Save();
         ReportStopped(s, before);
-        std::cout << "The new entry was fitted around the other entries of the day; no timer is running\n";
+        std::cout << "The new entry was fitted around the other entries of the day; no timer is "
+                     "running\n";
         return 0;
     }
     s.Save();
     ReportStopped(s, before);
     const CTimeEntry* running = s.Timer().GetActiveEntry();
-    std::cout << "Started " << s.TaskPath(running->m_taskId) << " at " << s.App().FormatTime(running->m_start)
-              << "\n";
+    std::cout << "Started " << s.TaskPath(running->m_taskId) << " at "
+              << s.App().FormatTime(running->m_start) << "\n";
     return 0;
 }
 
@@ -164,7 +169,8 @@ int Pause(Context& ctx)
     {
         if (s.Timer().IsPaused())
         {
-            std::cout << "The timer of " << s.TaskPath(s.Timer().GetPausedTask()) << " is already paused\n";
+            std::cout << "The timer of " << s.TaskPath(s.Timer().GetPausedTask())
+                      << " is already paused\n";
             return 0;
         }
         throw CommandError("no timer is running");
@@ -184,13 +190,14 @@ int Resume(Context& ctx)
     args.Expect(1, 1, {});
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     if (!s.Timer().IsPaused() || s.Timer().IsRunning())
-        throw CommandError(s.Timer().IsRunning() ? "the timer is running, not paused" : "no timer is paused");
+        throw CommandError(s.Timer().IsRunning() ? "the timer is running, not paused"
+                                                 : "no timer is paused");
     if (s.Timer().PauseResumeTimer() != 1)
         FailTimerOperation(s, "the timer was not resumed");
     s.Save();
     const CTimeEntry* running = s.Timer().GetActiveEntry();
-    std::cout << "Resumed " << s.TaskPath(running->m_taskId) << " at " << s.App().FormatTime(running->m_start)
-              << "\n";
+    std::cout << "Resumed " << s.TaskPath(running->m_taskId) << " at "
+              << s.App().FormatTime(running->m_start) << "\n";
     return 0;
 }
 
@@ -205,10 +212,12 @@ int Status(Context& ctx)
     if (const CTimeEntry* e = s.Timer().GetActiveEntry(); e && s.Timer().IsRunning())
     {
         std::cout << "Running: " << s.TaskPath(e->m_taskId) << "\n";
-        std::cout << "Start: " << (e->m_day ? s.App().FormatShortDate(e->m_day->GetDate()) + " " : std::string())
+        std::cout << "Start: "
+                  << (e->m_day ? s.App().FormatShortDate(e->m_day->GetDate()) + " " : std::string())
                   << s.App().FormatTime(e->m_start) << "\n";
         const std::string elapsed = s.Timer().GetActiveElapsedText();
-        std::cout << "Elapsed: " << (elapsed.empty() ? std::string("less than a minute") : elapsed) << "\n";
+        std::cout << "Elapsed: " << (elapsed.empty() ? std::string("less than a minute") : elapsed)
+                  << "\n";
         if (!e->m_note.empty())
             std::cout << "Note: " << e->m_note << "\n";
         return 0;
@@ -240,13 +249,17 @@ int Recent(Context& ctx)
 
 void RegisterTimerCommands(CommandTable& table)
 {
-    table.Add({"start", "FILE (TASK | --recent N) [--note TEXT] [--on-conflict adjust-others|adjust-this|fail]",
-               "start the timer on a task (a running timer stops first)", Start});
-    table.Add({"stop", "FILE [--on-conflict adjust-others|adjust-this|fail]", "stop the running timer", Stop});
+    table.Add(
+        {"start",
+         "FILE (TASK | --recent N) [--note TEXT] [--on-conflict adjust-others|adjust-this|fail]",
+         "start the timer on a task (a running timer stops first)", Start});
+    table.Add({"stop", "FILE [--on-conflict adjust-others|adjust-this|fail]",
+               "stop the running timer", Stop});
     table.Add({"pause", "FILE", "pause the running timer", Pause});
     table.Add({"resume", "FILE", "resume the paused timer", Resume});
     table.Add({"status", "FILE", "show the running or paused timer", Status});
-    table.Add({"recent", "FILE", "list the recently timed tasks (positions for start --recent)", Recent});
+    table.Add(
+        {"recent", "FILE", "list the recently timed tasks (positions for start --recent)", Recent});
 }
 
 } // namespace cli

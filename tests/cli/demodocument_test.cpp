@@ -113,7 +113,8 @@ TEST(DemoDocument, FourWeeksOfWorkBeforeToday)
             EXPECT_TRUE(e->m_date.SameDay(day->GetDate()));
             if (e->m_expenseTypeId == CExpenseType::kMileageId)
             {
-                EXPECT_DOUBLE_EQ(e->m_amount, cli::MileageAmount(int(e->m_distance), doc.m_defaultMileageRate));
+                EXPECT_DOUBLE_EQ(e->m_amount,
+                                 cli::MileageAmount(int(e->m_distance), doc.m_defaultMileageRate));
             }
         }
     }

@@ -23,12 +23,13 @@ public:
 private:
     [[noreturn]] void Fail(const char* what) const
     {
-        throw std::runtime_error(std::string("JSON: ") + what + " at offset " + std::to_string(m_pos));
+        throw std::runtime_error(std::string("JSON: ") + what + " at offset " +
+                                 std::to_string(m_pos));
     }
     void Space()
     {
-        while (m_pos < m_text.size() && (m_text[m_pos] == ' ' || m_text[m_pos] == '\n' || m_text[m_pos] == '\t' ||
-                                         m_text[m_pos] == '\r'))
+        while (m_pos < m_text.size() && (m_text[m_pos] == ' ' || m_text[m_pos] == '\n' ||
+                                         m_text[m_pos] == '\t' || m_text[m_pos] == '\r'))
             ++m_pos;
     }
     bool Take(char c)
@@ -72,20 +73,32 @@ private:
             c = m_text[m_pos++];
             switch (c)
             {
-            case 'n': out += '\n'; break;
-            case 't': out += '\t'; break;
-            case 'r': out += '\r'; break;
-            case 'b': out += '\b'; break;
-            case 'f': out += '\f'; break;
+            case 'n':
+                out += '\n';
+                break;
+            case 't':
+                out += '\t';
+                break;
+            case 'r':
+                out += '\r';
+                break;
+            case 'b':
+                out += '\b';
+                break;
+            case 'f':
+                out += '\f';
+                break;
             case 'u':
             {
                 if (m_pos + 4 > m_text.size())
                     Fail("short \\u escape");
-                unsigned code = unsigned(std::strtoul(m_text.substr(m_pos, 4).c_str(), nullptr, 16));
+                unsigned code =
+                    unsigned(std::strtoul(m_text.substr(m_pos, 4).c_str(), nullptr, 16));
                 m_pos += 4;
                 if (code >= 0xD800 && code < 0xDC00 && m_text.compare(m_pos, 2, "\\u") == 0)
                 {
-                    const unsigned low = unsigned(std::strtoul(m_text.substr(m_pos + 2, 4).c_str(), nullptr, 16));
+                    const unsigned low =
+                        unsigned(std::strtoul(m_text.substr(m_pos + 2, 4).c_str(), nullptr, 16));
                     m_pos += 6;
                     code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
                 }
@@ -111,7 +124,9 @@ private:
                 }
                 break;
             }
-            default: out += c; break;
+            default:
+                out += c;
+                break;
             }
         }
         if (m_pos >= m_text.size())

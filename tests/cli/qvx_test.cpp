@@ -46,7 +46,8 @@ std::vector<Span> TimeOf(const Json& dump, const std::string& key)
     std::vector<Span> spans;
     if (const Json* day = FindDay(dump, key))
         for (const Json& e : (*day)["time"].Items())
-            spans.push_back({e["task"].Int(), e["start"].Str(), e["end"].IsNull() ? "" : e["end"].Str()});
+            spans.push_back(
+                {e["task"].Int(), e["start"].Str(), e["end"].IsNull() ? "" : e["end"].Str()});
     return spans;
 }
 
@@ -87,8 +88,9 @@ TEST_F(QvxTest, NewDocumentHasTheDefaults)
     EXPECT_EQ(dump["version"].Int(), 11);
     EXPECT_EQ(dump["header"].Int(), 0);
 
-    const char* const types[] = {"Airfare", "Breakfast", "Car Rental", "Dinner", "Entertainment", "Gas", "Lodging",
-                                 "Lunch",   "Mileage",   "Parking",    "Postage", "Telephone",     "Taxi", "Tips"};
+    const char* const types[] = {"Airfare", "Breakfast", "Car Rental", "Dinner",  "Entertainment",
+                                 "Gas",     "Lodging",   "Lunch",      "Mileage", "Parking",
+                                 "Postage", "Telephone", "Taxi",       "Tips"};
     ASSERT_EQ(dump["expense_types"].Size(), 14u);
     for (size_t i = 0; i < 14; ++i)
     {
@@ -143,19 +145,23 @@ TEST_F(QvxDocTest, DayOfWork)
     EXPECT_TRUE(Contains(out, "Paused: Acme/Support")) << out;
     out = Ok({"resume", "doc.qvx"}, "2024-06-11 11:30");
     EXPECT_TRUE(Contains(out, "Resumed Acme/Support at 11:30 AM")) << out;
-    EXPECT_EQ(Run({"resume", "doc.qvx"}, "2024-06-11 11:31").exitCode, 1) << "nothing is paused any more";
+    EXPECT_EQ(Run({"resume", "doc.qvx"}, "2024-06-11 11:31").exitCode, 1)
+        << "nothing is paused any more";
     Ok({"stop", "doc.qvx"}, "2024-06-11 12:05");
     EXPECT_TRUE(Contains(Ok({"status", "doc.qvx"}, "2024-06-11 12:06"), "Timer Inactive"));
 
     Json dump = DumpJson("doc.qvx");
-    EXPECT_EQ(TimeOf(dump, "20240611"),
-              (std::vector<Span>{{3, "09:00", "10:15"}, {4, "10:15", "11:00"}, {4, "11:30", "12:00"}}));
+    EXPECT_EQ(
+        TimeOf(dump, "20240611"),
+        (std::vector<Span>{{3, "09:00", "10:15"}, {4, "10:15", "11:00"}, {4, "11:30", "12:00"}}));
 
     // An overlapping entry: refused when told to fail, and when nobody can be asked.
     const std::vector<uint8_t> before = ReadBytes("doc.qvx");
-    const std::vector<std::string> overlap = {"time", "add",    "doc.qvx", "Acme/Website", "--date", "2024-06-11",
-                                              "--start", "11:45", "--end",  "12:30"};
-    auto withOption = [&](const std::string& choice) {
+    const std::vector<std::string> overlap = {"time",   "add",        "doc.qvx", "Acme/Website",
+                                              "--date", "2024-06-11", "--start", "11:45",
+                                              "--end",  "12:30"};
+    auto withOption = [&](const std::string& choice)
+    {
         std::vector<std::string> args = overlap;
         args.push_back("--on-conflict");
         args.push_back(choice);
@@ -163,7 +169,8 @@ TEST_F(QvxDocTest, DayOfWork)
     };
     QvxResult refused = Run(withOption("fail"));
     EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_TRUE(Contains(refused.err, "The Time Entry conflicts with another Time Entry")) << refused.err;
+    EXPECT_TRUE(Contains(refused.err, "The Time Entry conflicts with another Time Entry"))
+        << refused.err;
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
     refused = Run(overlap);
     EXPECT_EQ(refused.exitCode, 1);
@@ -172,14 +179,14 @@ TEST_F(QvxDocTest, DayOfWork)
     // Adjust the others: Support 11:30-12:00 gives way to Website 11:45-12:30.
     Ok(withOption("adjust-others"));
     // Adjust this one: Support 12:15-13:00 starts after Website instead.
-    Ok({"time", "add", "doc.qvx", "Acme/Support", "--date", "2024-06-11", "--start", "12:15", "--end", "13:00",
-        "--on-conflict", "adjust-this"});
+    Ok({"time", "add", "doc.qvx", "Acme/Support", "--date", "2024-06-11", "--start", "12:15",
+        "--end", "13:00", "--on-conflict", "adjust-this"});
     // An entry inside another one splits it when the others give way...
-    Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "09:30", "--end", "09:45",
-        "--on-conflict", "adjust-others"});
+    Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "09:30", "--end",
+        "09:45", "--on-conflict", "adjust-others"});
     // ... and disappears when it is the one to give way.
-    out = Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "12:40", "--end", "12:50",
-              "--on-conflict", "adjust-this"});
+    out = Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "12:40",
+              "--end", "12:50", "--on-conflict", "adjust-this"});
     EXPECT_TRUE(Contains(out, "not added")) << out;
 
     dump = DumpJson("doc.qvx");
@@ -234,17 +241,20 @@ TEST_F(QvxDocTest, TimerLeftRunningOverMidnightIsSplit)
 TEST_F(QvxDocTest, ExpensesAndToDos)
 {
     Ok({"payment-method", "add", "doc.qvx", "Visa", "--account-type", "Company Credit Card"});
-    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "12.50", "--type", "Lunch",
-        "--method", "visa", "--note", "with the client"});
+    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "12.50", "--type",
+        "Lunch", "--method", "visa", "--note", "with the client"});
     // Mileage: distance times rate, a half cent rounding up.
-    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--distance", "1", "--rate", "0.125", "--type",
-        "Mileage"});
-    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--distance", "10", "--rate", "0.375",
-        "--type", "#9", "--billable", "no"});
-    EXPECT_EQ(Run({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "3", "--type",
-                   "Mileage"}).exitCode, 2);
+    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--distance", "1", "--rate",
+        "0.125", "--type", "Mileage"});
+    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--distance", "10", "--rate",
+        "0.375", "--type", "#9", "--billable", "no"});
+    EXPECT_EQ(Run({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "3",
+                   "--type", "Mileage"})
+                  .exitCode,
+              2);
 
-    Ok({"todo", "add", "doc.qvx", "Acme/Website", "Send the mock-ups", "--due", "2024-06-10", "--priority", "b"});
+    Ok({"todo", "add", "doc.qvx", "Acme/Website", "Send the mock-ups", "--due", "2024-06-10",
+        "--priority", "b"});
     Ok({"todo", "add", "doc.qvx", "Internal", "  Renew the domain"});
     QvxResult blank = Run({"todo", "add", "doc.qvx", "Internal", "   "});
     EXPECT_EQ(blank.exitCode, 1);
@@ -287,7 +297,8 @@ TEST_F(QvxDocTest, ExpensesAndToDos)
     const std::vector<uint8_t> before = ReadBytes("doc.qvx");
     QvxResult unanswered = Run({"expense", "rm", "doc.qvx", "--date", "2024-06-11", "1", "2"});
     EXPECT_EQ(unanswered.exitCode, 1);
-    EXPECT_TRUE(Contains(unanswered.err, "Are you sure you want to delete the selected Expense Entries?"))
+    EXPECT_TRUE(
+        Contains(unanswered.err, "Are you sure you want to delete the selected Expense Entries?"))
         << unanswered.err;
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
     Ok({"--yes", "expense", "rm", "doc.qvx", "--date", "2024-06-11", "1", "2"});
@@ -304,18 +315,23 @@ TEST_F(QvxDocTest, ExpensesAndToDos)
 
 TEST_F(QvxDocTest, ArchiveMovesEntriesOut)
 {
-    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00", "--end", "10:00"});
-    Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-10", "--start", "10:00", "--end", "11:00"});
-    Ok({"time", "add", "doc.qvx", "Acme/Support", "--date", "2024-06-12", "--start", "09:00", "--end", "10:00"});
+    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00",
+        "--end", "10:00"});
+    Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-10", "--start", "10:00", "--end",
+        "11:00"});
+    Ok({"time", "add", "doc.qvx", "Acme/Support", "--date", "2024-06-12", "--start", "09:00",
+        "--end", "10:00"});
     Ok({"todo", "add", "doc.qvx", "Acme", "Open item"});
 
-    QvxResult backwards = Run({"archive", "doc.qvx", "--task", "Acme", "--from", "2024-06-12", "--to", "2024-06-10",
-                               "--out", "old.qvx"});
+    QvxResult backwards = Run({"archive", "doc.qvx", "--task", "Acme", "--from", "2024-06-12",
+                               "--to", "2024-06-10", "--out", "old.qvx"});
     EXPECT_EQ(backwards.exitCode, 1);
-    EXPECT_TRUE(Contains(backwards.err, "Start date must be on or before end date.")) << backwards.err;
+    EXPECT_TRUE(Contains(backwards.err, "Start date must be on or before end date."))
+        << backwards.err;
 
     // Acme up to the 11th: one time entry; with a "to" date the open to-do stays.
-    Ok({"archive", "doc.qvx", "--task", "Acme", "--to", "2024-06-11", "--delete", "--out", "old.qvx"});
+    Ok({"archive", "doc.qvx", "--task", "Acme", "--to", "2024-06-11", "--delete", "--out",
+        "old.qvx"});
     const Json archive = DumpJson("old.qvx");
     EXPECT_EQ(TimeOf(archive, "20240610"), (std::vector<Span>{{3, "09:00", "10:00"}}));
     EXPECT_EQ(FindDay(archive, "20240612"), nullptr);
@@ -351,7 +367,8 @@ TEST_F(QvxTest, OldLayoutConvertsAndReloads)
     oldlayout::Task(b, 8, 2, 1, "Alpha", 1);
     b.F64(0.0).F64(0.0);
     b.Object("CDay").U32(8).Text("20010601").U32(1).U32(0).U32(0);
-    oldlayout::TimeEntry(b, 8, 2, LocalSeconds(2001, 6, 1, 8, 0), LocalSeconds(2001, 6, 1, 9, 30), "v8");
+    oldlayout::TimeEntry(b, 8, 2, LocalSeconds(2001, 6, 1, 8, 0), LocalSeconds(2001, 6, 1, 9, 30),
+                         "v8");
     b.U32(1).U32(1).U32(1).Text("Travel"); // activities
     b.U32(0).U32(0).U32(0).U32(0);         // level names, expense types, payment methods, to-dos
     WriteBytes("old.qvx", b.Data());
@@ -377,7 +394,8 @@ TEST_F(QvxTest, OldLayoutConvertsAndReloads)
 
 TEST_F(QvxDocTest, HeldDocumentIsReadOnly)
 {
-    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-11", "--start", "09:00", "--end", "10:00"});
+    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-11", "--start", "09:00",
+        "--end", "10:00"});
     const std::vector<uint8_t> before = ReadBytes("doc.qvx");
 
     // Another process holds the file for writing, as the desktop program does.
@@ -405,9 +423,11 @@ TEST_F(QvxDocTest, HeldDocumentIsReadOnly)
 
     const std::vector<std::vector<std::string>> changes = {
         {"task", "add", "doc.qvx", "Acme", "Design"},
-        {"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "11:00", "--end", "12:00"},
+        {"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "11:00", "--end",
+         "12:00"},
         {"start", "doc.qvx", "Acme/Support"},
-        {"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "5", "--type", "Taxi"},
+        {"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "5", "--type",
+         "Taxi"},
         {"todo", "add", "doc.qvx", "Acme", "Call back"},
         {"activity", "add", "doc.qvx", "Design"},
         {"--yes", "time", "rm", "doc.qvx", "--date", "2024-06-11", "1"},
@@ -460,13 +480,15 @@ TEST_F(QvxDocTest, RefusalsPrintTheSystemsMessageAndChangeNothing)
         std::vector<std::string> args;
         const char* message;
     } cases[] = {
-        {{"time", "add", "plan.qvx", "Client/Summary", "--date", "2024-06-11", "--start", "11:00", "--end", "12:00"},
+        {{"time", "add", "plan.qvx", "Client/Summary", "--date", "2024-06-11", "--start", "11:00",
+          "--end", "12:00"},
          "Cannot add entry:  The task is a project summary task."},
         {{"todo", "add", "plan.qvx", "Client/Summary", "Review"},
          "Cannot add entry:  The task is a project summary task."},
         {{"time", "move", "plan.qvx", "--date", "2024-06-11", "1", "--task", "Client/Summary"},
          "Cannot move entry:  The destination task is a project summary task."},
-        {{"time", "add", "plan.qvx", "Client", "--date", "2024-06-11", "--start", "12:00", "--end", "11:00"},
+        {{"time", "add", "plan.qvx", "Client", "--date", "2024-06-11", "--start", "12:00", "--end",
+          "11:00"},
          "The End Time must be later than the Start Time."},
         {{"task", "move", "plan.qvx", "Client/Summary", "#1"},
          "Cannot move Task:  The source task was imported from a project."},
@@ -484,7 +506,9 @@ TEST_F(QvxDocTest, RefusalsPrintTheSystemsMessageAndChangeNothing)
 
     const QvxResult level = Run({"task", "move", "doc.qvx", "Acme", "Internal"});
     EXPECT_EQ(level.exitCode, 1);
-    EXPECT_TRUE(Contains(level.err, "Cannot move Task: The destination task level is not above the source task level."))
+    EXPECT_TRUE(Contains(
+        level.err,
+        "Cannot move Task: The destination task level is not above the source task level."))
         << level.err;
 }
 
@@ -499,14 +523,19 @@ TEST_F(QvxDocTest, BadArgumentsGiveOneLineAndChangeNothing)
         {"check"},
         {"check", "missing.qvx"},
         {"check", "garbage.qvx"},
-        {"time", "add", "doc.qvx", "Acme", "--date", "2024-02-30", "--start", "09:00", "--end", "10:00"},
-        {"time", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--start", "9", "--end", "10:00"},
-        {"time", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--start", "09:00", "--end", "10:00",
-         "--on-conflict", "sometimes"},
-        {"time", "add", "doc.qvx", "Nowhere/Else", "--date", "2024-06-11", "--start", "09:00", "--end", "10:00"},
+        {"time", "add", "doc.qvx", "Acme", "--date", "2024-02-30", "--start", "09:00", "--end",
+         "10:00"},
+        {"time", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--start", "9", "--end",
+         "10:00"},
+        {"time", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--start", "09:00", "--end",
+         "10:00", "--on-conflict", "sometimes"},
+        {"time", "add", "doc.qvx", "Nowhere/Else", "--date", "2024-06-11", "--start", "09:00",
+         "--end", "10:00"},
         {"time", "rm", "doc.qvx", "--date", "2024-06-11", "4"},
-        {"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "abc", "--type", "Lunch"},
-        {"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "5", "--type", "Caviar"},
+        {"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "abc", "--type",
+         "Lunch"},
+        {"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "5", "--type",
+         "Caviar"},
         {"todo", "add", "doc.qvx", "Acme", "Call", "--priority", "10"},
         {"entries", "doc.qvx"},
         {"entries", "doc.qvx", "--date", "2024-06-11", "--kind", "hours"},
@@ -557,24 +586,29 @@ TEST_F(QvxTest, DemoDocumentIsRealisticAndRepeatable)
     EXPECT_GE(expenses, 5u);
     // The demo's entries fit together without overlaps, and a working day is full: an
     // entry in the middle of the morning overlaps one of them.
-    const std::string list = Ok({"entries", "demo.qvx", "--date", "2024-06-11", "--kind", "time"}, "2024-06-12 10:00");
+    const std::string list =
+        Ok({"entries", "demo.qvx", "--date", "2024-06-11", "--kind", "time"}, "2024-06-12 10:00");
     EXPECT_TRUE(Contains(list, "Elapsed")) << list;
-    const QvxResult overlap = Run({"time", "add", "demo.qvx", "Internal/Administration", "--date", "2024-06-11",
-                                   "--start", "10:00", "--end", "10:30", "--on-conflict", "fail"},
-                                  "2024-06-12 10:00");
+    const QvxResult overlap =
+        Run({"time", "add", "demo.qvx", "Internal/Administration", "--date", "2024-06-11",
+             "--start", "10:00", "--end", "10:30", "--on-conflict", "fail"},
+            "2024-06-12 10:00");
     EXPECT_EQ(overlap.exitCode, 1) << overlap.out;
 }
 
 TEST_F(QvxDocTest, ReportDefinitions)
 {
     Ok({"activity", "add", "doc.qvx", "Design"});
-    Ok({"report", "new", "doc.qvx", "--kind", "time-summary", "--name", "Weekly by activity", "--summarize",
-        "activity", "--time-frame", "week", "--totals", "yes", "--preset", "previous-month", "--fields",
-        "task-id,billing-rate"});
-    Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme June", "--task", "Acme", "--from",
-        "2024-06-01", "--to", "2024-06-30", "--recipient", "Acme Corp\\n1 Main St", "--terms", "Net 15", "--tax",
-        "8.5", "--activities", "design", "--summarize", "Project"});
-    Ok({"report", "new", "doc.qvx", "--kind", "To Do Detail", "--name", "Done", "--include", "completed"});
+    Ok({"report", "new", "doc.qvx", "--kind", "time-summary", "--name", "Weekly by activity",
+        "--summarize", "activity", "--time-frame", "week", "--totals", "yes", "--preset",
+        "previous-month", "--fields", "task-id,billing-rate"});
+    Ok({"report",     "new",         "doc.qvx",    "--kind",      "invoice",
+        "--name",     "Acme June",   "--task",     "Acme",        "--from",
+        "2024-06-01", "--to",        "2024-06-30", "--recipient", "Acme Corp\\n1 Main St",
+        "--terms",    "Net 15",      "--tax",      "8.5",         "--activities",
+        "design",     "--summarize", "Project"});
+    Ok({"report", "new", "doc.qvx", "--kind", "To Do Detail", "--name", "Done", "--include",
+        "completed"});
 
     const Json dump = DumpJson("doc.qvx");
     ASSERT_EQ(dump["reports"].Size(), 3u);
@@ -609,7 +643,8 @@ TEST_F(QvxDocTest, ReportDefinitions)
     const std::string list = Ok({"report", "list", "doc.qvx"});
     EXPECT_TRUE(Contains(list, "Weekly by activity")) << list;
     EXPECT_TRUE(Contains(list, "Previous Month")) << list;
-    EXPECT_TRUE(Contains(list, "6/1/2024-6/30/2024") || Contains(list, "06/01/2024-06/30/2024")) << list;
+    EXPECT_TRUE(Contains(list, "6/1/2024-6/30/2024") || Contains(list, "06/01/2024-06/30/2024"))
+        << list;
 
     // Mistakes are refused with what would have been accepted, and nothing is added.
     const std::vector<uint8_t> before = ReadBytes("doc.qvx");
@@ -636,9 +671,10 @@ TEST_F(QvxDocTest, ReportDefinitions)
         ASSERT_EQ(r.ErrLines().size(), 1u) << r.err;
         EXPECT_TRUE(Contains(r.err, b.expected)) << r.err;
     }
-    const QvxResult backwards = Run({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "Bad", "--from",
-                                     "2024-06-10", "--to", "2024-06-01"});
-    EXPECT_TRUE(Contains(backwards.err, "Start date must be on or before end date.")) << backwards.err;
+    const QvxResult backwards = Run({"report", "new", "doc.qvx", "--kind", "time-detail", "--name",
+                                     "Bad", "--from", "2024-06-10", "--to", "2024-06-01"});
+    EXPECT_TRUE(Contains(backwards.err, "Start date must be on or before end date."))
+        << backwards.err;
     const QvxResult unnamed = Run({"report", "new", "doc.qvx", "--kind", "time-detail"});
     EXPECT_TRUE(Contains(unnamed.err, "Enter a name for this report.")) << unnamed.err;
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
@@ -654,11 +690,12 @@ TEST_F(QvxDocTest, ReportDefinitions)
 
 TEST_F(QvxDocTest, ReportExportsAndPages)
 {
-    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00", "--end", "10:30",
-        "--note", "Mock-ups"});
-    Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "13:00", "--end", "13:45"});
-    Ok({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "June/All work", "--from", "2024-06-01",
-        "--to", "2024-06-30", "--fields", "note"});
+    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00",
+        "--end", "10:30", "--note", "Mock-ups"});
+    Ok({"time", "add", "doc.qvx", "Internal", "--date", "2024-06-11", "--start", "13:00", "--end",
+        "13:45"});
+    Ok({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "June/All work", "--from",
+        "2024-06-01", "--to", "2024-06-30", "--fields", "note"});
 
     // The default file name is the report name up to its first "/".
     std::string out = Ok({"report", "export", "doc.qvx", "June/All work", "--format", "csv"});
@@ -667,16 +704,19 @@ TEST_F(QvxDocTest, ReportExportsAndPages)
     const std::string text(csv.begin(), csv.end());
     EXPECT_TRUE(Contains(text, "Mock-ups")) << text;
     EXPECT_TRUE(Contains(text, "\r\n")) << "export lines end with CR LF";
-    EXPECT_EQ(Run({"report", "export", "doc.qvx", "#1", "--format", "csv"}).exitCode, 1) << "kept without --force";
+    EXPECT_EQ(Run({"report", "export", "doc.qvx", "#1", "--format", "csv"}).exitCode, 1)
+        << "kept without --force";
     EXPECT_EQ(ReadBytes("June.csv"), csv);
     Ok({"report", "export", "doc.qvx", "#1", "--format", "csv", "--force"});
 
-    const std::string html = Ok({"report", "export", "doc.qvx", "#1", "--format", "html", "--out", "-"});
+    const std::string html =
+        Ok({"report", "export", "doc.qvx", "#1", "--format", "html", "--out", "-"});
     EXPECT_EQ(html.rfind("<!DOCTYPE HTML PUBLIC \"-//IETF//DTD HTML 3.2//EN\">", 0), 0u) << html;
     EXPECT_TRUE(Contains(html, "June/All work")) << html;
     Ok({"report", "export", "doc.qvx", "#1", "--format", "tab", "--out", "work.tab"});
     const std::vector<uint8_t> tab = ReadBytes("work.tab");
-    EXPECT_TRUE(Contains(std::string(tab.begin(), tab.end()), "\tMock-ups")) << "cells separated by tabs";
+    EXPECT_TRUE(Contains(std::string(tab.begin(), tab.end()), "\tMock-ups"))
+        << "cells separated by tabs";
 
     out = Ok({"report", "pages", "doc.qvx", "#1"});
     EXPECT_EQ(out.rfind("1 page\n--- Page 1 ---\n", 0), 0u) << out;
@@ -694,9 +734,10 @@ TEST_F(QvxDocTest, InvoiceNumbering)
 {
     WriteSettings({"InvoiceNumber=41"});
     Ok({"task", "set", "doc.qvx", "Acme", "--rate", "100"});
-    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00", "--end", "10:30"});
-    Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme", "--task", "Acme", "--preset", "all",
-        "--recipient", "Acme Corp"});
+    Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00",
+        "--end", "10:30"});
+    Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme", "--task", "Acme",
+        "--preset", "all", "--recipient", "Acme Corp"});
     Ok({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "Hours"});
 
     std::string out = Ok({"invoice", "doc.qvx", "Acme"});
@@ -738,8 +779,10 @@ TEST_F(QvxDocTest, OptionsOfTheDocumentAndTheUser)
     EXPECT_EQ(dump["level_names"]["2"].Str(), "Engagement");
 
     // The mileage type takes the document's rate; the timer rounds to 15 minutes.
-    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--distance", "42", "--type", "Mileage"});
-    EXPECT_DOUBLE_EQ((*FindDay(DumpJson("doc.qvx"), "20240611"))["expenses"][0]["amount"].Number(), 27.51);
+    Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--distance", "42", "--type",
+        "Mileage"});
+    EXPECT_DOUBLE_EQ((*FindDay(DumpJson("doc.qvx"), "20240611"))["expenses"][0]["amount"].Number(),
+                     27.51);
     const std::string out = Ok({"start", "doc.qvx", "Internal"}, "2024-06-11 09:08");
     EXPECT_TRUE(Contains(out, "at 9:15 AM")) << out;
     const std::string shown = Ok({"options", "doc.qvx"});
@@ -748,7 +791,8 @@ TEST_F(QvxDocTest, OptionsOfTheDocumentAndTheUser)
     EXPECT_TRUE(Contains(shown, "Level 2: Engagement")) << shown;
 
     EXPECT_EQ(Run({"options", "--time-interval", "7"}).exitCode, 2);
-    EXPECT_EQ(Run({"options", "--mileage-rate", "1"}).exitCode, 2) << "a document option needs the document";
+    EXPECT_EQ(Run({"options", "--mileage-rate", "1"}).exitCode, 2)
+        << "a document option needs the document";
 }
 
 TEST_F(QvxDocTest, DamagedDocumentOffersTheBackupOfAnInterruptedSave)
@@ -780,7 +824,8 @@ TEST_F(QvxDocTest, StopWithinOneRoundingInterval)
     const std::vector<uint8_t> running = ReadBytes("doc.qvx");
     const QvxResult unanswered = Run({"stop", "doc.qvx"}, "2024-06-11 09:06");
     EXPECT_EQ(unanswered.exitCode, 1);
-    EXPECT_TRUE(Contains(unanswered.err, "Due to rounding of the active time entry")) << unanswered.err;
+    EXPECT_TRUE(Contains(unanswered.err, "Due to rounding of the active time entry"))
+        << unanswered.err;
     EXPECT_EQ(ReadBytes("doc.qvx"), running);
     // No: the end is rounded to the minute instead.
     Ok({"--no", "stop", "doc.qvx"}, "2024-06-11 09:06");

@@ -49,7 +49,8 @@ QvxResult QvxTest::Run(const std::vector<std::string>& args, const std::string& 
     {
         const std::string var = *e;
         const std::string name = var.substr(0, var.find('='));
-        if (name != "XDG_CONFIG_HOME" && name != "QVX_NOW" && name.rfind("LC_", 0) != 0 && name != "LANG")
+        if (name != "XDG_CONFIG_HOME" && name != "QVX_NOW" && name.rfind("LC_", 0) != 0 &&
+            name != "LANG")
             env.push_back(var);
     }
     env.push_back("XDG_CONFIG_HOME=" + m_dir + "/config");
@@ -151,7 +152,8 @@ void QvxTest::WriteSettings(const std::vector<std::string>& settingsLines)
 std::vector<uint8_t> QvxTest::ReadBytes(const std::string& file) const
 {
     std::ifstream in(Path(file), std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in),
+                                std::istreambuf_iterator<char>());
 }
 
 void QvxTest::WriteBytes(const std::string& file, const std::vector<uint8_t>& bytes) const

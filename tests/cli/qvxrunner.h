@@ -30,9 +30,11 @@ protected:
     void TearDown() override;
 
     // `now` is "YYYY-MM-DD HH:MM[:SS]"; empty leaves the clock running.
-    QvxResult Run(const std::vector<std::string>& args, const std::string& now = "2024-06-11 12:00");
+    QvxResult Run(const std::vector<std::string>& args,
+                  const std::string& now = "2024-06-11 12:00");
     // Runs and expects exit code 0; returns stdout.
-    std::string Ok(const std::vector<std::string>& args, const std::string& now = "2024-06-11 12:00");
+    std::string Ok(const std::vector<std::string>& args,
+                   const std::string& now = "2024-06-11 12:00");
     Json DumpJson(const std::string& file);
 
     std::string Path(const std::string& name) const { return m_dir + "/" + name; }
