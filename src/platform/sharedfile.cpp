@@ -1,8 +1,10 @@
 #include "platform/sharedfile.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +13,18 @@ namespace platform
 
 namespace
 {
+
+// Filling a large fresh buffer in small pages faults once every 4 KB, which costs
+// more than the read itself; in huge pages a document of tens of megabytes reads
+// several times faster.
+void AdviseHugePages(void* data, size_t size)
+{
+    constexpr uintptr_t kHuge = uintptr_t(2) << 20;
+    const uintptr_t begin = (reinterpret_cast<uintptr_t>(data) + kHuge - 1) & ~(kHuge - 1);
+    const uintptr_t end = (reinterpret_cast<uintptr_t>(data) + size) & ~(kHuge - 1);
+    if (end > begin)
+        ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
 
 void SetError(int* error, int value)
 {
@@ -119,7 +133,10 @@ bool SharedFile::ReadAll(std::vector<uint8_t>& bytes, int* error) const
     bool ok = true;
     struct stat st{};
     if (::fstat(m_fd, &st) == 0 && st.st_size > 0)
+    {
         bytes.reserve(static_cast<size_t>(st.st_size));
+        AdviseHugePages(bytes.data(), bytes.capacity());
+    }
     uint8_t buffer[1 << 16];
     off_t offset = 0;
     for (;;)
@@ -178,11 +195,8 @@ bool SharedFile::Rewrite(const uint8_t* data, size_t size, int* error)
         SetError(error, EBADF);
         return false;
     }
-    if (::ftruncate(m_fd, 0) != 0)
-    {
-        SetError(error, errno);
-        return false;
-    }
+    // Writing over the old contents reuses their blocks and cached pages, where cutting
+    // the file to 0 first would free them all and allocate them again.
     size_t written = 0;
     while (written < size)
     {
@@ -200,6 +214,11 @@ bool SharedFile::Rewrite(const uint8_t* data, size_t size, int* error)
             return false;
         }
         written += static_cast<size_t>(n);
+    }
+    if (::ftruncate(m_fd, static_cast<off_t>(size)) != 0)
+    {
+        SetError(error, errno);
+        return false;
     }
     return Flush(error);
 }

@@ -45,8 +45,9 @@ public:
     bool LockForWriting(int* error = nullptr);
     void UnlockAfterWriting();
 
-    // Sets the length to 0, writes `bytes` from the start and syncs them to the disk.
-    // Only for a file held read-write; call between LockForWriting and UnlockAfterWriting.
+    // Replaces the contents with `bytes` and syncs them to the disk: writes them from the
+    // start over the old contents, then cuts the file to their length. Only for a file
+    // held read-write; call between LockForWriting and UnlockAfterWriting.
     bool Rewrite(const uint8_t* data, size_t size, int* error = nullptr);
     // Syncs what was written (nothing to do for a read-only file).
     bool Flush(int* error = nullptr);
