@@ -98,6 +98,8 @@ CSheetListView::CSheetListView(CMainFrame& frame, QWidget* parent)
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->setContextMenuPolicy(Qt::CustomContextMenu);
     m_list->setIconSize(QSize(16, 16));
+    // Task paths lose their beginning first: the task itself matters most.
+    m_list->setTextElideMode(Qt::ElideLeft);
     m_list->header()->setSectionsClickable(true);
     m_list->header()->setSortIndicatorShown(true);
     m_list->header()->setStretchLastSection(false);

@@ -56,7 +56,7 @@ CTimeSheetView::CTimeSheetView(CMainFrame& frame, QWidget* parent)
         m_buttons[i]->setText(texts[i]);
         m_buttons[i]->setToolTip(tips[i]);
         m_buttons[i]->setAutoRaise(true);
-        m_buttons[i]->setFixedSize(20, 18);
+        m_buttons[i]->setFixedSize(16, 18);
     }
     connect(m_buttons[0], &QToolButton::clicked, this, &CTimeSheetView::PreviousYear);
     connect(m_buttons[1], &QToolButton::clicked, this, &CTimeSheetView::PreviousMonth);
@@ -117,10 +117,10 @@ void CTimeSheetView::Layout()
         m_panels[i]->show();
     }
     // The buttons sit on the title line of the outer panels.
-    m_buttons[0]->move(left + 3, 5);
-    m_buttons[1]->move(left + 23, 5);
-    m_buttons[2]->move(left + gridWidth - 43, 5);
-    m_buttons[3]->move(left + gridWidth - 23, 5);
+    m_buttons[0]->move(left + 2, 5);
+    m_buttons[1]->move(left + 19, 5);
+    m_buttons[2]->move(left + gridWidth - 35, 5);
+    m_buttons[3]->move(left + gridWidth - 18, 5);
     for (QToolButton* b : m_buttons)
         b->raise();
     KeepSelectionVisible();
@@ -129,13 +129,14 @@ void CTimeSheetView::Layout()
 
 void CTimeSheetView::KeepSelectionVisible()
 {
+    // The selected month is shown last, with the months before it, where most of the
+    // recorded work lies; a change of the panel count keeps it there.
     const int count = int(m_panels.size());
     const int selected = MonthIndex(SelectedQDate());
     int first = MonthIndex(m_firstMonth);
-    if (selected < first)
-        first = selected;
-    else if (selected >= first + count)
+    if (selected < first || selected >= first + count || count != m_shownCount)
         first = selected - count + 1;
+    m_shownCount = count;
     first = std::clamp(first, MonthIndex(kFirstDay), MonthIndex(kLastMonth));
     m_firstMonth = FromMonthIndex(first);
 }
@@ -272,11 +273,7 @@ void CTimeSheetView::GoToDateValue(const QDate& date)
     if (!date.isValid() || date < kFirstDay || date > kLastDay)
         return;
     m_selected = FromQDate(date, 12, 0);
-    // The chosen month is shown first unless it is already on screen.
-    const int selected = MonthIndex(date);
-    const int first = MonthIndex(m_firstMonth);
-    if (selected < first || selected >= first + int(m_panels.size()))
-        m_firstMonth = FromMonthIndex(std::min(selected, MonthIndex(kLastMonth)));
+    KeepSelectionVisible();
     ShowMonths();
     m_frame.SheetList()->Refill();
     m_frame.RefreshStatus();

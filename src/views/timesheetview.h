@@ -77,6 +77,7 @@ private:
     QDate m_firstMonth;
     int m_columns = 1;
     int m_rows = 1;
+    int m_shownCount = 0;
     QList<CMonthCalendar*> m_panels;
     QWidget* m_grid;
     QToolButton* m_buttons[4];

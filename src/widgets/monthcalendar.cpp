@@ -44,34 +44,35 @@ void CMonthGrid::SetMarkedDates(const QSet<QDate>& dates)
 
 void CMonthGrid::paintCell(QPainter* painter, const QRect& rect, QDate date) const
 {
+    // Drawn here whole: the cells are too narrow for the default drawing, which
+    // shortens two-digit days to an ellipsis.
     const bool inMonth = date.year() == m_year && date.month() == m_month;
+    const bool selected = inMonth && date == selectedDate();
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->fillRect(rect, palette().color(selected ? QPalette::Highlight : QPalette::Base));
+    QColor text = palette().color(QPalette::Text);
     if (!inMonth)
+        text = palette().color(QPalette::Disabled, QPalette::Text);
+    else if (selected)
+        text = palette().color(QPalette::HighlightedText);
+    painter->setPen(text);
+    painter->drawText(rect, Qt::AlignCenter, QString::number(date.day()));
+    if (inMonth && date == QDate::currentDate() && !selected)
     {
-        painter->save();
-        painter->fillRect(rect, palette().color(QPalette::Base));
-        painter->setPen(palette().color(QPalette::Disabled, QPalette::Text));
-        painter->drawText(rect, Qt::AlignCenter, QString::number(date.day()));
-        painter->restore();
-        return;
-    }
-    if (m_marked.contains(date))
-    {
-        painter->save();
-        QFont bold = painter->font();
-        bold.setBold(true);
-        painter->setFont(bold);
-        QCalendarWidget::paintCell(painter, rect, date);
-        painter->restore();
-    }
-    else
-        QCalendarWidget::paintCell(painter, rect, date);
-    if (date == QDate::currentDate())
-    {
-        painter->save();
         painter->setPen(QPen(palette().color(QPalette::Highlight), 1));
-        painter->drawRect(rect.adjusted(1, 1, -2, -2));
-        painter->restore();
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(QRectF(rect).adjusted(1.5, 1.5, -1.5, -1.5));
     }
+    if (inMonth && m_marked.contains(date))
+    {
+        // A dot under the number for a day that holds entries.
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(palette().color(selected ? QPalette::HighlightedText : QPalette::Highlight));
+        const double radius = std::max(1.2, rect.height() / 12.0);
+        painter->drawEllipse(QPointF(rect.center().x() + 0.5, rect.bottom() - radius - 0.5), radius, radius);
+    }
+    painter->restore();
 }
 
 CMonthCalendar::CMonthCalendar(QWidget* parent)

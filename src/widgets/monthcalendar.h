@@ -42,7 +42,7 @@ public:
     void SetMonth(int year, int month, const QString& title);
     void SetSelectedDate(const QDate& date);
     void SetFirstDayOfWeek(Qt::DayOfWeek day);
-    // Days that hold entries are drawn in bold.
+    // Days that hold entries carry a dot.
     void SetMarkedDates(const QSet<QDate>& dates);
     CMonthGrid* Grid() const { return m_grid; }
 
