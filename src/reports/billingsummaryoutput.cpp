@@ -6,40 +6,41 @@
 namespace reports
 {
 
+void CBillingSummaryOutput::BeginGather() { m_runningEnd = m_doc.RunningEnd(); }
+
 void CBillingSummaryOutput::GatherDay(const CDay& day, size_t period)
 {
-    if (!m_runningEndKnown)
-    {
-        m_runningEnd = m_doc.RunningEnd();
-        m_runningEndKnown = true;
-    }
     for (const auto& owned : day.TimeEntries())
     {
         const CTimeEntry& entry = *owned;
-        const CTask* task = m_doc.GetTask(entry.m_taskId);
-        if (!task || !PassesBillingFilter(entry.IsEffectiveBillable(*task)) ||
+        const CTask* task = FindTask(entry.m_taskId);
+        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.IsEffectiveBillable(*task))) ||
             !PassesIdFilter(m_report.m_selectedActivities, entry.m_activityId))
             continue;
         const double billing = entry.GetBillingAmount(*task, m_runningEnd);
         const double rate = entry.GetEffectiveRate(*task);
-        Distribute(task, GroupRowKey(task, entry.m_activityId), period,
-                   [&](CSummaryRow& row, size_t p, bool setRate) {
-                       CTimeExpenseSummary& summary = static_cast<CTimeExpenseSummary&>(row);
-                       summary.AddAmount(p, billing);
-                       if (setRate)
-                           summary.SetRate(rate);
-                   });
+        for (const Target& target : FindTargets(task, GroupRowKey(task, entry.m_activityId)))
+        {
+            CTimeExpenseSummary& summary = static_cast<CTimeExpenseSummary&>(*target.row);
+            summary.AddAmount(period, billing);
+            if (HasTotalPeriod())
+                summary.AddAmount(TotalPeriod(), billing);
+            if (target.setRate)
+                summary.SetRate(rate);
+        }
     }
 }
 
-std::vector<std::string> CBillingSummaryOutput::CellTexts(const CSummaryRow& row, size_t period,
-                                                          TextUse use) const
+void CBillingSummaryOutput::GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                                         std::vector<std::string>& texts) const
 {
     const CTimeExpenseSummary& summary = static_cast<const CTimeExpenseSummary&>(row);
     const double amount = period < summary.m_amountCells.size() ? summary.m_amountCells[period] : 0.0;
+    texts.resize(1);
     if (use == TextUse::exportText)
-        return {m_app.FormatNumber(amount)};
-    return {amount == 0.0 ? std::string() : m_app.FormatCurrency(amount)};
+        texts[0] = m_app.FormatNumber(amount);
+    else
+        texts[0] = amount == 0.0 ? std::string() : m_app.FormatCurrency(amount);
 }
 
 } // namespace reports

@@ -15,13 +15,14 @@ public:
 
 protected:
     std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CTimeExpenseSummary>(); }
+    void BeginGather() override;
     void GatherDay(const CDay& day, size_t period) override;
     std::vector<std::string> ValueTitles() const override { return {"Billing"}; }
-    std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const override;
+    void GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                      std::vector<std::string>& texts) const override;
 
 private:
     CTinyTime m_runningEnd;
-    bool m_runningEndKnown = false;
 };
 
 } // namespace reports

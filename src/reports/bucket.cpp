@@ -21,9 +21,12 @@ CBucket::CBucket(uint32_t timeFrame, const CDateTime& start, const CDateTime& re
         break;
     case CReport::frameWeek:
     {
-        const int lastDay = WeekLastDay(weekStart);
-        while (m_end.GetDayOfWeek() != lastDay && m_end < reportEnd)
-            m_end = StepDayForward(m_end);
+        // Forward day by day to the week's last day, but not past the report's end.
+        int days = (WeekLastDay(weekStart) - m_end.GetDayOfWeek() + 7) % 7;
+        const double room = reportEnd.GetValue() - m_end.GetValue();
+        if (room < days)
+            days = room > 0 ? static_cast<int>(room) : 0;
+        m_end = m_end.AddDays(days);
         break;
     }
     default: break;

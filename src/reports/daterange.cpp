@@ -3,6 +3,8 @@
 #include "app/timekeeperapp.h"
 #include "model/timekeeperdoc.h"
 
+#include <cmath>
+
 namespace reports
 {
 
@@ -45,9 +47,20 @@ EntryCategory CategoryOfKind(uint32_t kind)
     }
 }
 
-CDateTime StepDayBack(const CDateTime& day) { return day.AddSeconds(-23L * 3600).DatePart(); }
+CDateTime StepDayBack(const CDateTime& day)
+{
+    // A date at 00:00 is a whole number of days: one back is one less.
+    if (day.GetValue() == std::floor(day.GetValue()))
+        return day.AddDays(-1);
+    return day.AddSeconds(-23L * 3600).DatePart();
+}
 
-CDateTime StepDayForward(const CDateTime& day) { return day.AddSeconds(25L * 3600).DatePart(); }
+CDateTime StepDayForward(const CDateTime& day)
+{
+    if (day.GetValue() == std::floor(day.GetValue()))
+        return day.AddDays(1);
+    return day.AddSeconds(25L * 3600).DatePart();
+}
 
 int WeekLastDay(int weekStart) { return weekStart <= 1 ? 7 : weekStart - 1; }
 

@@ -90,13 +90,6 @@ std::vector<std::string> WrapText(std::string_view text, int width,
     return lines;
 }
 
-bool IdFilterIsAll(const std::vector<uint32_t>& ids) { return ids.size() == 1 && ids[0] == 0; }
-
-bool IdFilterHas(const std::vector<uint32_t>& ids, uint32_t id)
-{
-    return std::find(ids.begin(), ids.end(), id) != ids.end();
-}
-
 bool CDetailOutput::PrepareReportData()
 {
     ReleaseReportData();
@@ -134,7 +127,7 @@ bool CDetailOutput::TaskMatches(const CTask* task) const
             return true;
         if (!m_report.m_selectedTasksOnly)
         {
-            const CTask* selected = m_doc.GetTask(id);
+            const CTask* selected = FindTask(id);
             if (selected && task->IsSelfOrDescendantOf(selected))
                 return true;
         }

@@ -22,10 +22,6 @@ namespace reports
 std::vector<std::string> WrapText(std::string_view text, int width,
                                   const std::function<int(std::string_view)>& measure);
 
-// True when an id filter lets everything through: it holds exactly one 0.
-bool IdFilterIsAll(const std::vector<uint32_t>& ids);
-bool IdFilterHas(const std::vector<uint32_t>& ids, uint32_t id);
-
 // What the three detail kinds share: a list of single entries grouped under
 // headings (days, or the outstanding to-dos), printed one line per entry with
 // wrapped text below it and, for the kinds with totals, a subtotal per group and

@@ -59,13 +59,13 @@ void CExpenseDetailOutput::Gather()
 
     for (CDateTime d = m_range.start; d <= m_range.end; d = StepDayForward(d))
     {
-        const CDay* day = m_doc.GetDay(d);
+        const CDay* day = FindDay(d);
         if (!day)
             continue;
         for (const auto& owned : day->ExpenseEntries())
         {
             const CExpenseEntry& entry = *owned;
-            const CTask* task = m_doc.GetTask(entry.m_taskId);
+            const CTask* task = FindTask(entry.m_taskId);
             if (!task)
                 continue;
             if (billingFilter && !((m_report.m_includeBillable && entry.m_billable) ||

@@ -12,27 +12,30 @@ void CExpenseSummaryOutput::GatherDay(const CDay& day, size_t period)
     for (const auto& owned : day.ExpenseEntries())
     {
         const CExpenseEntry& entry = *owned;
-        const CTask* task = m_doc.GetTask(entry.m_taskId);
-        if (!task || !PassesBillingFilter(entry.m_billable) ||
+        const CTask* task = FindTask(entry.m_taskId);
+        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.m_billable)) ||
             !PassesIdFilter(m_report.m_selectedExpenseTypes, entry.m_expenseTypeId) ||
             !PassesIdFilter(m_report.m_selectedPaymentMethods, entry.m_paymentMethodId))
             continue;
         const uint32_t catalogId = byMethod ? entry.m_paymentMethodId : entry.m_expenseTypeId;
-        Distribute(task, GroupRowKey(task, catalogId), period, [&](CSummaryRow& row, size_t p, bool) {
-            static_cast<CExpenseSummary&>(row).AddAmount(p, entry.m_amount);
-        });
+        for (const Target& target : FindTargets(task, GroupRowKey(task, catalogId)))
+        {
+            CExpenseSummary& summary = static_cast<CExpenseSummary&>(*target.row);
+            summary.AddAmount(period, entry.m_amount);
+            if (HasTotalPeriod())
+                summary.AddAmount(TotalPeriod(), entry.m_amount);
+        }
     }
 }
 
-std::vector<std::string> CExpenseSummaryOutput::CellTexts(const CSummaryRow& row, size_t period,
-                                                          TextUse use) const
+void CExpenseSummaryOutput::GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                                         std::vector<std::string>& texts) const
 {
     const CExpenseSummary& summary = static_cast<const CExpenseSummary&>(row);
     const double amount = period < summary.m_cells.size() ? summary.m_cells[period] : 0.0;
+    texts.resize(1);
     // An empty cell stays blank on the page and in HTML, as an empty time does.
-    if (amount == 0.0 && use != TextUse::exportText)
-        return {std::string()};
-    return {m_app.FormatNumber(amount)};
+    texts[0] = amount == 0.0 && use != TextUse::exportText ? std::string() : m_app.FormatNumber(amount);
 }
 
 std::vector<std::string> CExpenseSummaryOutput::EstimateTexts(const CTask& task, TextUse use) const

@@ -16,7 +16,8 @@ protected:
     std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CExpenseSummary>(); }
     void GatherDay(const CDay& day, size_t period) override;
     std::vector<std::string> ValueTitles() const override { return {"Amount"}; }
-    std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const override;
+    void GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                      std::vector<std::string>& texts) const override;
     bool HasRateColumn() const override { return false; }
     std::vector<std::string> EstimateTexts(const CTask& task, TextUse use) const override;
 };

@@ -338,6 +338,18 @@ void InitNewReport(CReport& report, const CTimeKeeperApp& app)
     }
 }
 
+void InitListReport(CReport& report)
+{
+    switch (report.m_kind)
+    {
+    case CReport::timeDetail: report.m_name = "Time Detail Report"; break;
+    case CReport::expenseDetail: report.m_name = "Expense Detail Report"; break;
+    case CReport::todoDetail: report.m_name = "To Do Detail Report"; break;
+    default: return;
+    }
+    report.m_fieldFlags = AllFieldsOfKind(report.m_kind);
+}
+
 std::string CheckReport(const CReport& report)
 {
     if (report.m_name.empty())

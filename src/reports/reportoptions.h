@@ -62,6 +62,10 @@ std::string SummarizeLabel(int32_t level, const CTimeKeeperDoc& doc);
 // tax rate.
 void InitNewReport(CReport& report, const CTimeKeeperApp& app);
 
+// A detail report made straight from the time, expense or to-do list: named after
+// its kind ("Time Detail Report", ...) and showing every optional column.
+void InitListReport(CReport& report);
+
 // What the wizard refuses to finish with: an empty name, missing or reversed custom
 // dates. Empty when the definition is acceptable, else the program's message.
 std::string CheckReport(const CReport& report);

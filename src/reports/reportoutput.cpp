@@ -4,6 +4,8 @@
 #include "model/timekeeperdoc.h"
 #include "platform/prompter.h"
 
+#include <algorithm>
+#include <cmath>
 #include <mutex>
 
 namespace reports
@@ -11,6 +13,9 @@ namespace reports
 
 namespace
 {
+// OLE day 0 (30 December 1899) is 25569 days before 1 January 1970.
+constexpr int64_t kOleEpochOffset = 25569;
+
 int MarginToDevice(int margin, int measurementSystem, int dpi)
 {
     if (measurementSystem == 1)
@@ -19,6 +24,13 @@ int MarginToDevice(int margin, int measurementSystem, int dpi)
     return pixelsPerMillimetre * margin / 100;
 }
 } // namespace
+
+bool IdFilterIsAll(const std::vector<uint32_t>& ids) { return ids.size() == 1 && ids[0] == 0; }
+
+bool IdFilterHas(const std::vector<uint32_t>& ids, uint32_t id)
+{
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
+}
 
 DeviceMargins MarginsToDevice(int left, int top, int right, int bottom, int measurementSystem,
                               int dpiX, int dpiY)
@@ -39,7 +51,39 @@ CReportOutput::~CReportOutput() = default;
 bool CReportOutput::PrepareData()
 {
     std::lock_guard<std::recursive_mutex> lock(m_doc.GetLock());
+    // Gathering looks a task up for every entry: a flat index by id is cheaper
+    // than the document's map and its lock each time.
+    m_taskIndex.assign(m_doc.m_lastTaskId + 1, nullptr);
+    for (const auto& [id, task] : m_doc.m_tasks)
+    {
+        if (id >= m_taskIndex.size())
+            m_taskIndex.resize(id + 1, nullptr);
+        m_taskIndex[id] = task.get();
+    }
     return PrepareReportData();
+}
+
+const CDay* CReportOutput::FindDay(const CDateTime& day) const
+{
+    // The day key "%Y%m%d", made without the general date formatting: reports
+    // look up every day of their range.
+    int year = 0, month = 0, dayOfMonth = 0;
+    CivilFromDays(static_cast<int64_t>(std::floor(day.GetValue())) - kOleEpochOffset, year, month, dayOfMonth);
+    if (year < 0 || year > 9999)
+        return nullptr;
+    char key[9];
+    const int parts[] = {year / 1000, year / 100 % 10, year / 10 % 10, year % 10,
+                         month / 10,  month % 10,      dayOfMonth / 10, dayOfMonth % 10};
+    for (int i = 0; i < 8; ++i)
+        key[i] = static_cast<char>('0' + parts[i]);
+    key[8] = '\0';
+    const auto it = m_doc.m_days.find(std::string(key, 8));
+    return it == m_doc.m_days.end() ? nullptr : it->second.get();
+}
+
+const CTask* CReportOutput::FindTask(uint32_t id) const
+{
+    return id < m_taskIndex.size() ? m_taskIndex[id] : nullptr;
 }
 
 bool CReportOutput::PrepareReportData() { return true; }
@@ -143,8 +187,14 @@ void CReportOutput::EndPrinting(Canvas& canvas)
 
 void CReportOutput::Export(int format, std::string& out)
 {
-    PrepareData();
     CExportFile file;
+    Export(format, file);
+    out = file.Take();
+}
+
+void CReportOutput::Export(int format, CExportFile& file)
+{
+    PrepareData();
     if (format == formatHtml)
     {
         HtmlHead(file);
@@ -158,7 +208,7 @@ void CReportOutput::Export(int format, std::string& out)
         ExportEnd(file, format);
     }
     ReleaseReportData();
-    out = file.Take();
+    file.Flush();
 }
 
 void CReportOutput::ExportHead(CExportFile&, int) {}

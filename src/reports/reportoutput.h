@@ -4,9 +4,13 @@
 #include "reports/daterange.h"
 #include "reports/exportfile.h"
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
+class CDay;
 class CReport;
+class CTask;
 class CTimeKeeperDoc;
 class CTimeKeeperApp;
 
@@ -48,6 +52,11 @@ struct PrintMetrics
     // One table row: a line and its padding above and below.
     int RowHeight() const { return lineHeight + 2 * cellVerticalPadding; }
 };
+
+// True when an id filter (activities, expense types, payment methods) lets
+// everything through: it holds exactly one 0.
+bool IdFilterIsAll(const std::vector<uint32_t>& ids);
+bool IdFilterHas(const std::vector<uint32_t>& ids, uint32_t id);
 
 // Margins from the settings ("PageMarginLeft" ...), in thousandths of an inch for
 // the U.S. measurement system and hundredths of a millimetre for the metric one,
@@ -93,8 +102,9 @@ public:
     virtual void PageFooter(Canvas& canvas, int page);
     virtual void EndPrinting(Canvas& canvas);
 
-    // A whole export in `format` (formatCsv, formatHtml, formatTab) into `out`:
+    // A whole export in `format` (formatCsv, formatHtml, formatTab) into `file`:
     // prepares the data, writes the steps of the format, releases the data.
+    void Export(int format, CExportFile& file);
     void Export(int format, std::string& out);
     virtual void ExportHead(CExportFile& file, int format);
     virtual void ExportRows(CExportFile& file, int format);
@@ -118,6 +128,10 @@ protected:
     // The top of the column titles, one line and two paddings below the top margin.
     int ColumnTitleTop() const;
     void ShowMessage(const std::string& text);
+    // The task of an id, from an index made when the data were prepared.
+    const CTask* FindTask(uint32_t id) const;
+    // The day record of a date at 00:00, looked up by its day key (the lock is held).
+    const CDay* FindDay(const CDateTime& day) const;
 
     CReport& m_report;
     CTimeKeeperDoc& m_doc;
@@ -125,6 +139,7 @@ protected:
     platform::Prompter* m_prompter = nullptr;
     PrintMetrics m_metrics;
     DateRange m_range;
+    std::vector<const CTask*> m_taskIndex;
     int m_savedOrientation = orientationDefault;
     bool m_orientationChanged = false;
 };

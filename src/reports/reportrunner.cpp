@@ -80,7 +80,7 @@ std::string FileError(const std::string& path, int error)
     return "Cannot write \"" + path + "\": " + std::strerror(error);
 }
 
-bool WriteAll(int fd, const std::string& data)
+bool WriteAll(int fd, std::string_view data)
 {
     size_t done = 0;
     while (done < data.size())
@@ -101,8 +101,6 @@ bool WriteAll(int fd, const std::string& data)
 bool ExportReportToFile(CReport& report, CTimeKeeperDoc& doc, CTimeKeeperApp& app, int format,
                         const std::string& path, std::string* error, platform::Prompter* prompter)
 {
-    const std::string text = ExportReport(report, doc, app, format, prompter);
-
     // The text goes to a temporary file beside the target, which then replaces it:
     // a failure leaves the old file (or none) and never a part of the new one.
     std::string temp = path + ".XXXXXX";
@@ -113,8 +111,18 @@ bool ExportReportToFile(CReport& report, CTimeKeeperDoc& doc, CTimeKeeperApp& ap
             *error = FileError(path, errno);
         return false;
     }
-    bool ok = WriteAll(fd, text);
-    int savedErrno = ok ? 0 : errno;
+    int savedErrno = 0;
+    CExportFile file([&](std::string_view piece) {
+        if (WriteAll(fd, piece))
+            return true;
+        savedErrno = errno;
+        return false;
+    });
+    std::unique_ptr<CReportOutput> output = CreateReportOutput(report, doc, app);
+    output->SetPrompter(prompter);
+    output->Export(format, file);
+
+    bool ok = !file.Failed();
     // A temporary file is private; the export gets the replaced file's mode, or the usual one.
     struct stat existing{};
     ::fchmod(fd, ::stat(path.c_str(), &existing) == 0 ? (existing.st_mode & 07777) : 0644);

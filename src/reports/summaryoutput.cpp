@@ -3,7 +3,6 @@
 #include "app/timekeeperapp.h"
 #include "model/timekeeperdoc.h"
 #include "reports/daterange.h"
-#include "reports/detailoutput.h"
 
 #include <algorithm>
 #include <cctype>
@@ -64,6 +63,7 @@ bool CSummaryOutput::PrepareReportData()
     else
         BuildCatalogRows();
     BuildPeriods();
+    BeginGather();
     Gather();
     if (level >= 0)
         BuildTreeOrder();
@@ -231,28 +231,44 @@ void CSummaryOutput::BuildPeriods()
     const uint32_t frame = m_report.m_timeFrame;
     const CDateTime limit = m_range.end.AddDays(1);
     CDateTime lastEnd(0.0, CDateTime::valid);
-    for (CDateTime d = m_range.start; d < limit; d = d.AddSeconds(25L * 3600))
+    for (CDateTime d = m_range.start; d < limit; d = StepDayForward(d))
     {
         d = d.DatePart();
         if (!(d > lastEnd))
             continue;
         m_periods.emplace_back(frame, d, m_range.end, m_app.GetWeekStart());
         lastEnd = m_periods.back().GetEnd();
-        for (auto& [key, row] : m_rows)
-            row->AddPeriod();
+        // The days up to the period's end would all be skipped.
+        d = lastEnd;
     }
     if (ShowTotals() && frame != CReport::frameTotal && m_report.m_preset != CReport::today &&
         m_report.m_preset != CReport::yesterday)
     {
         m_periods.emplace_back();
         m_hasTotalPeriod = true;
-        for (auto& [key, row] : m_rows)
-            row->AddPeriod();
     }
+    for (auto& [key, row] : m_rows)
+        row->AddPeriods(m_periods.size());
 }
 
 void CSummaryOutput::Gather()
 {
+    // Entries reach their rows through flat indexes by task id, made once here.
+    uint32_t largest = 0;
+    for (const auto& [id, inclusion] : m_inclusion)
+        largest = std::max(largest, id);
+    m_taskInclusion.assign(largest + 1, 0);
+    m_taskRows.assign(largest + 1, nullptr);
+    for (const auto& [id, inclusion] : m_inclusion)
+        m_taskInclusion[id] = static_cast<int8_t>(inclusion);
+    for (auto& [key, row] : m_rows)
+        if (key > 0 && static_cast<uint64_t>(key) <= largest)
+            m_taskRows[static_cast<size_t>(key)] = row.get();
+    const auto total = m_rows.find(kTotalKey);
+    m_totalRow = ShowTotals() && total != m_rows.end() ? total->second.get() : nullptr;
+    const auto head = m_rows.find(m_selectedRowKey);
+    m_headRow = IsGrouping() && head != m_rows.end() ? head->second.get() : nullptr;
+
     const size_t count = m_periods.size() - (m_hasTotalPeriod ? 1 : 0);
     size_t period = 0;
     for (CDateTime d = m_range.start; d <= m_range.end; d = StepDayForward(d))
@@ -261,15 +277,22 @@ void CSummaryOutput::Gather()
             ++period;
         if (period >= count)
             break;
-        if (const CDay* day = m_doc.GetDay(d))
+        if (const CDay* day = FindDay(d))
             GatherDay(*day, period);
     }
+    m_taskInclusion.clear();
+    m_taskRows.clear();
+    m_totalRow = nullptr;
+    m_headRow = nullptr;
+}
+
+bool CSummaryOutput::BillingFilterActive() const
+{
+    return !(m_report.m_includeBillable && m_report.m_includeNonBillable);
 }
 
 bool CSummaryOutput::PassesBillingFilter(bool billable) const
 {
-    if (m_report.m_includeBillable && m_report.m_includeNonBillable)
-        return true;
     return (m_report.m_includeBillable && billable) || (m_report.m_includeNonBillable && !billable);
 }
 
@@ -298,60 +321,52 @@ int64_t CSummaryOutput::GroupRowKey(const CTask* task, uint32_t catalogId) const
     }
 }
 
-void CSummaryOutput::Distribute(const CTask* task, int64_t groupKey, size_t period, const AddFunction& add)
+const std::vector<CSummaryOutput::Target>& CSummaryOutput::FindTargets(const CTask* task, int64_t groupKey)
 {
-    const auto included = m_inclusion.find(task->m_id);
-    if (included == m_inclusion.end() || included->second != 1)
-        return;
-    const size_t totalPeriod = m_periods.size() - 1;
-    bool added = false;
-    auto addTo = [&](CSummaryRow& row, bool setRate) {
-        add(row, period, setRate);
-        if (m_hasTotalPeriod)
-            add(row, totalPeriod, false);
-    };
+    m_targets.clear();
+    if (task->m_id >= m_taskInclusion.size() || m_taskInclusion[task->m_id] != 1)
+        return m_targets;
 
     if (IsGrouping())
     {
         const auto it = m_rows.find(groupKey);
         if (it != m_rows.end())
         {
-            addTo(*it->second, true);
+            m_targets.push_back(Target{it->second.get(), true});
             it->second->m_empty = false;
-            added = true;
-        }
-        // The first selected task's row heads the grouping rows: with rollup it
-        // counts all of them.
-        const auto head = m_rows.find(m_selectedRowKey);
-        if (added && head != m_rows.end())
-        {
-            if (Rollup())
-                addTo(*head->second, true);
-            head->second->m_empty = false;
+            // The first selected task's row heads the grouping rows: with rollup
+            // it counts all of them.
+            if (m_headRow)
+            {
+                if (Rollup())
+                    m_targets.push_back(Target{m_headRow, true});
+                m_headRow->m_empty = false;
+            }
         }
     }
     else
     {
         for (const CTask* t = task; t; t = t->m_parent)
         {
-            const auto it = m_rows.find(t->m_id);
-            if (it == m_rows.end())
+            CSummaryRow* row = t->m_id < m_taskRows.size() ? m_taskRows[t->m_id] : nullptr;
+            if (!row)
                 continue;
-            if (Rollup() || !added)
-            {
-                addTo(*it->second, true);
-                added = true;
-            }
-            it->second->m_empty = false;
+            if (Rollup() || m_targets.empty())
+                m_targets.push_back(Target{row, true});
+            row->m_empty = false;
         }
     }
 
-    if (ShowTotals() && added)
-    {
-        const auto total = m_rows.find(kTotalKey);
-        if (total != m_rows.end())
-            addTo(*total->second, false);
-    }
+    if (m_totalRow && !m_targets.empty())
+        m_targets.push_back(Target{m_totalRow, false});
+    return m_targets;
+}
+
+std::vector<std::string> CSummaryOutput::CellTexts(const CSummaryRow& row, size_t period, TextUse use) const
+{
+    std::vector<std::string> texts;
+    GetCellTexts(row, period, use, texts);
+    return texts;
 }
 
 void CSummaryOutput::BuildTreeOrder()
@@ -525,37 +540,64 @@ void CSummaryOutput::ExportRows(CExportFile& file, int format)
     const std::string root = form.Quoted(RootTaskName()) + sep;
     const bool withRate = HasRateColumn() && Shown(kRate);
     const size_t estimates = EstimateTitles().size();
+
+    // What a row's lines hold besides the period: the same in every period.
+    struct RowText
+    {
+        const CSummaryRow* row;
+        std::string middle; // from the task ID to the estimates
+        std::string end;    // the parent's id and the line end
+    };
+    std::vector<RowText> rows;
+    for (int64_t key : m_order)
+    {
+        if (key == kTotalKey)
+            continue;
+        const CSummaryRow& row = *m_rows.at(key);
+        const CTask* task = row.m_task;
+        RowText text{&row, std::string(), std::string()};
+        if (Shown(kTaskId))
+            text.middle += (task ? form.Quoted(RowTaskIdText(key)) : std::string()) + sep;
+        text.middle += (task ? std::to_string(task->m_id) : std::string()) + sep;
+        text.middle += form.Quoted(RowName(key));
+        if (withRate)
+            text.middle += sep + (task ? RateText(row, TextUse::exportText) : std::string());
+        if (Shown(kEstimates))
+        {
+            const std::vector<std::string> texts =
+                task ? EstimateTexts(*task, TextUse::exportText) : std::vector<std::string>(estimates);
+            for (const std::string& t : texts)
+                text.middle += sep + t;
+        }
+        text.end = sep;
+        if (task && task->m_parent)
+            text.end += std::to_string(task->m_parent->m_id);
+        text.end += "\n";
+        rows.push_back(std::move(text));
+    }
+
+    std::string line;
+    std::vector<std::string> values;
     for (size_t p = 0; p < m_periods.size(); ++p)
     {
         if (m_periods[p].IsTotal())
             continue;
         const std::string date = m_app.FormatShortDate(m_periods[p].GetEnd()) + sep;
-        for (int64_t key : m_order)
+        for (const RowText& row : rows)
         {
-            if (key == kTotalKey)
-                continue;
-            const CSummaryRow& row = *m_rows.at(key);
-            const CTask* task = row.m_task;
-            std::string line = root + date;
-            if (Shown(kTaskId))
-                line += (task ? form.Quoted(RowTaskIdText(key)) : std::string()) + sep;
-            line += (task ? std::to_string(task->m_id) : std::string()) + sep;
-            line += form.Quoted(RowName(key));
-            if (withRate)
-                line += sep + (task ? RateText(row, TextUse::exportText) : std::string());
-            if (Shown(kEstimates))
+            line.assign(root);
+            line += date;
+            line += row.middle;
+            GetCellTexts(*row.row, p, TextUse::exportText, values);
+            for (const std::string& value : values)
             {
-                const std::vector<std::string> texts =
-                    task ? EstimateTexts(*task, TextUse::exportText) : std::vector<std::string>(estimates);
-                for (const std::string& text : texts)
-                    line += sep + text;
+                line += sep;
+                line += form.quote;
+                line += value;
+                line += form.quote;
             }
-            for (const std::string& value : CellTexts(row, p, TextUse::exportText))
-                line += sep + form.Quoted(value);
-            line += sep;
-            if (task && task->m_parent)
-                line += std::to_string(task->m_parent->m_id);
-            file.WriteString(line + "\n");
+            line += row.end;
+            file.WriteString(line);
         }
     }
 }

@@ -6,7 +6,6 @@
 #include "reports/summaryrows.h"
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -70,6 +69,8 @@ protected:
     };
 
     virtual std::unique_ptr<CSummaryRow> NewRow() const = 0;
+    // Called once before the days are gathered.
+    virtual void BeginGather() {}
     // Adds the day's entries to the rows; `period` is the day's period index.
     virtual void GatherDay(const CDay& day, size_t period) = 0;
     // Titles of the values each period holds, in the delimited export.
@@ -77,7 +78,9 @@ protected:
     // Sub-column titles of a period on the printed page (none when a period has one value).
     virtual std::vector<std::string> PeriodSubTitles() const { return {}; }
     // The values of a row in a period, as the export, the HTML or the page shows them.
-    virtual std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const = 0;
+    virtual void GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                              std::vector<std::string>& texts) const = 0;
+    std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const;
     virtual bool HasRateColumn() const { return true; }
     virtual std::string RateText(const CSummaryRow& row, TextUse use) const;
     // Export titles of the estimate columns, and the estimates of a task.
@@ -93,16 +96,25 @@ protected:
     bool IsGrouping() const { return m_report.m_summarizeLevel < 0; }
     // The task is one of the selected tasks or below one.
     bool IsCovered(const CTask* task) const;
+    // The billing filter applies unless both billable and non-billable are included.
+    bool BillingFilterActive() const;
     bool PassesBillingFilter(bool billable) const;
     bool PassesIdFilter(const std::vector<uint32_t>& ids, uint32_t id) const;
     // The grouping row that an entry of `task` with the catalog record `catalogId`
     // (activity, expense type or payment method) joins.
     int64_t GroupRowKey(const CTask* task, uint32_t catalogId) const;
-    // Hands one entry to the rows that count it: the grouping row, or the rows met
-    // walking up from its task (all of them with rollup, else the first), and TOTAL.
-    // `add` receives the row, the period index and whether the row takes the rate.
-    using AddFunction = std::function<void(CSummaryRow& row, size_t period, bool setRate)>;
-    void Distribute(const CTask* task, int64_t groupKey, size_t period, const AddFunction& add);
+    // The rows that count one entry: the grouping row, or the rows met walking up
+    // from its task (all of them with rollup, else the first), and TOTAL. Each row
+    // adds the entry to the period's cell and to the total column's; only `setRate`
+    // rows take the entry's rate. Rows met on the walk are marked not empty here.
+    struct Target
+    {
+        CSummaryRow* row;
+        bool setRate;
+    };
+    const std::vector<Target>& FindTargets(const CTask* task, int64_t groupKey);
+    // The index of the total column; meaningful when HasTotalPeriod().
+    size_t TotalPeriod() const { return m_periods.size() - 1; }
 
     // The task of a row, if it has one (task rows and task ID text rows).
     const CTask* RowTask(int64_t key) const;
@@ -131,6 +143,12 @@ private:
     bool IsBoldRow(int64_t key) const;
 
     std::unordered_map<uint32_t, int> m_inclusion;
+    // While gathering: inclusion and row of each task, indexed by task id.
+    std::vector<int8_t> m_taskInclusion;
+    std::vector<CSummaryRow*> m_taskRows;
+    CSummaryRow* m_totalRow = nullptr;
+    CSummaryRow* m_headRow = nullptr;
+    std::vector<Target> m_targets;
     std::unordered_map<int64_t, std::string> m_groupNames;
     std::unordered_map<std::string, int64_t> m_textKeys; // lower-case task ID text to row key
     std::vector<std::string> m_taskIdTexts;

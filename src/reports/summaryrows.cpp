@@ -41,6 +41,15 @@ void CTimeExpenseSummary::AddPeriod()
     m_periodRates.push_back(0.0);
 }
 
+void CTimeExpenseSummary::AddPeriods(size_t count)
+{
+    const size_t size = m_timeCells.size() + count;
+    m_timeCells.resize(size);
+    m_costCells.resize(size, 0.0);
+    m_amountCells.resize(size, 0.0);
+    m_periodRates.resize(size, 0.0);
+}
+
 void CTimeExpenseSummary::Extend(size_t period)
 {
     while (m_timeCells.size() <= period)

@@ -22,6 +22,8 @@ public:
     virtual ~CSummaryRow() = default;
     // Appends a zero cell for one more period.
     virtual void AddPeriod() = 0;
+    // Appends zero cells for `count` periods at once.
+    virtual void AddPeriods(size_t count) = 0;
 
     // Unchanged when equal, taken when none was set, else "various".
     void SetRate(double rate);
@@ -39,6 +41,7 @@ class CSummary : public CSummaryRow
 {
 public:
     void AddPeriod() override { m_cells.emplace_back(); }
+    void AddPeriods(size_t count) override { m_cells.resize(m_cells.size() + count); }
     void AddTime(size_t period, const CTinyElapsedTime& elapsed);
 
     std::vector<CTinyElapsedTime> m_cells;
@@ -49,6 +52,7 @@ class CExpenseSummary : public CSummaryRow
 {
 public:
     void AddPeriod() override { m_cells.push_back(0.0); }
+    void AddPeriods(size_t count) override { m_cells.resize(m_cells.size() + count, 0.0); }
     void AddAmount(size_t period, double amount);
 
     std::vector<double> m_cells;
@@ -63,6 +67,7 @@ public:
     static constexpr double kMixedPeriodRate = -1.0;
 
     void AddPeriod() override;
+    void AddPeriods(size_t count) override;
     // Nothing for a zero time; else time, cost (rate times hours) and period rate.
     void AddTime(size_t period, const CTinyElapsedTime& elapsed, double rate);
     void AddAmount(size_t period, double amount);

@@ -42,13 +42,13 @@ void CTimeDetailOutput::Gather()
 
     for (CDateTime d = m_range.start; d <= m_range.end; d = StepDayForward(d))
     {
-        const CDay* day = m_doc.GetDay(d);
+        const CDay* day = FindDay(d);
         if (!day)
             continue;
         for (const auto& owned : day->TimeEntries())
         {
             const CTimeEntry& entry = *owned;
-            const CTask* task = m_doc.GetTask(entry.m_taskId);
+            const CTask* task = FindTask(entry.m_taskId);
             if (!task)
                 continue;
             if (billingFilter)

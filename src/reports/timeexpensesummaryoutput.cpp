@@ -6,53 +6,64 @@
 namespace reports
 {
 
+void CTimeExpenseSummaryOutput::BeginGather() { m_runningEnd = m_doc.RunningEnd(); }
+
 void CTimeExpenseSummaryOutput::GatherDay(const CDay& day, size_t period)
 {
-    if (!m_runningEndKnown)
-    {
-        m_runningEnd = m_doc.RunningEnd();
-        m_runningEndKnown = true;
-    }
     for (const auto& owned : day.TimeEntries())
     {
         const CTimeEntry& entry = *owned;
-        const CTask* task = m_doc.GetTask(entry.m_taskId);
-        if (!task || !PassesBillingFilter(entry.IsEffectiveBillable(*task)) ||
+        const CTask* task = FindTask(entry.m_taskId);
+        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.IsEffectiveBillable(*task))) ||
             !PassesIdFilter(m_report.m_selectedActivities, entry.m_activityId))
             continue;
         const CTinyElapsedTime elapsed = entry.GetElapsed(m_runningEnd);
         const double rate = entry.GetEffectiveRate(*task);
-        Distribute(task, GroupRowKey(task, 0), period, [&](CSummaryRow& row, size_t p, bool setRate) {
-            CTimeExpenseSummary& summary = static_cast<CTimeExpenseSummary&>(row);
-            summary.AddTime(p, elapsed, rate);
-            if (setRate)
+        for (const Target& target : FindTargets(task, GroupRowKey(task, 0)))
+        {
+            CTimeExpenseSummary& summary = static_cast<CTimeExpenseSummary&>(*target.row);
+            summary.AddTime(period, elapsed, rate);
+            if (HasTotalPeriod())
+                summary.AddTime(TotalPeriod(), elapsed, rate);
+            if (target.setRate)
                 summary.SetRate(rate);
-        });
+        }
     }
     for (const auto& owned : day.ExpenseEntries())
     {
         const CExpenseEntry& entry = *owned;
-        const CTask* task = m_doc.GetTask(entry.m_taskId);
-        if (!task || !PassesBillingFilter(entry.m_billable) ||
+        const CTask* task = FindTask(entry.m_taskId);
+        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.m_billable)) ||
             !PassesIdFilter(m_report.m_selectedExpenseTypes, entry.m_expenseTypeId) ||
             !PassesIdFilter(m_report.m_selectedPaymentMethods, entry.m_paymentMethodId))
             continue;
-        Distribute(task, GroupRowKey(task, 0), period, [&](CSummaryRow& row, size_t p, bool) {
-            static_cast<CTimeExpenseSummary&>(row).AddAmount(p, entry.m_amount);
-        });
+        for (const Target& target : FindTargets(task, GroupRowKey(task, 0)))
+        {
+            CTimeExpenseSummary& summary = static_cast<CTimeExpenseSummary&>(*target.row);
+            summary.AddAmount(period, entry.m_amount);
+            if (HasTotalPeriod())
+                summary.AddAmount(TotalPeriod(), entry.m_amount);
+        }
     }
 }
 
-std::vector<std::string> CTimeExpenseSummaryOutput::CellTexts(const CSummaryRow& row, size_t period,
-                                                              TextUse use) const
+void CTimeExpenseSummaryOutput::GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                                             std::vector<std::string>& texts) const
 {
     const CTimeExpenseSummary& summary = static_cast<const CTimeExpenseSummary&>(row);
     const bool has = period < summary.m_timeCells.size();
-    std::string time = m_app.GetElapsedText(has ? summary.m_timeCells[period] : CTinyElapsedTime());
+    const CTinyElapsedTime elapsed = has ? summary.m_timeCells[period] : CTinyElapsedTime();
     const double amount = has ? summary.m_amountCells[period] : 0.0;
+    texts.resize(2);
+    texts[0] = elapsed.IsZero() ? std::string() : m_app.GetElapsedText(elapsed);
     if (use == TextUse::exportText)
-        return {time.empty() ? std::string("0") : time, m_app.FormatNumber(amount)};
-    return {time, amount == 0.0 ? std::string() : m_app.FormatCurrency(amount)};
+    {
+        if (texts[0].empty())
+            texts[0] = "0";
+        texts[1] = m_app.FormatNumber(amount);
+    }
+    else
+        texts[1] = amount == 0.0 ? std::string() : m_app.FormatCurrency(amount);
 }
 
 std::string CTimeExpenseSummaryOutput::RateText(const CSummaryRow& row, TextUse use) const

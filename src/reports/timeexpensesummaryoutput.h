@@ -17,10 +17,12 @@ public:
 
 protected:
     std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CTimeExpenseSummary>(); }
+    void BeginGather() override;
     void GatherDay(const CDay& day, size_t period) override;
     std::vector<std::string> ValueTitles() const override { return {"Time", "Expense"}; }
     std::vector<std::string> PeriodSubTitles() const override { return {"Time", "Expense"}; }
-    std::vector<std::string> CellTexts(const CSummaryRow& row, size_t period, TextUse use) const override;
+    void GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                      std::vector<std::string>& texts) const override;
     std::string RateText(const CSummaryRow& row, TextUse use) const override;
     std::vector<std::string> EstimateTitles() const override { return {"TimeEstimate", "CostEstimate"}; }
     std::vector<std::string> EstimateTexts(const CTask& task, TextUse use) const override;
@@ -28,7 +30,6 @@ protected:
 
 private:
     CTinyTime m_runningEnd;
-    bool m_runningEndKnown = false;
 };
 
 } // namespace reports

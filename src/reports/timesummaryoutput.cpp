@@ -6,40 +6,40 @@
 namespace reports
 {
 
+void CTimeSummaryOutput::BeginGather() { m_runningEnd = m_doc.RunningEnd(); }
+
 void CTimeSummaryOutput::GatherDay(const CDay& day, size_t period)
 {
-    if (!m_runningEndKnown)
-    {
-        m_runningEnd = m_doc.RunningEnd();
-        m_runningEndKnown = true;
-    }
     for (const auto& owned : day.TimeEntries())
     {
         const CTimeEntry& entry = *owned;
-        const CTask* task = m_doc.GetTask(entry.m_taskId);
-        if (!task || !PassesBillingFilter(entry.IsEffectiveBillable(*task)) ||
+        const CTask* task = FindTask(entry.m_taskId);
+        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.IsEffectiveBillable(*task))) ||
             !PassesIdFilter(m_report.m_selectedActivities, entry.m_activityId))
             continue;
         const CTinyElapsedTime elapsed = entry.GetElapsed(m_runningEnd);
         const double rate = entry.GetEffectiveRate(*task);
-        Distribute(task, GroupRowKey(task, entry.m_activityId), period,
-                   [&](CSummaryRow& row, size_t p, bool setRate) {
-                       CSummary& summary = static_cast<CSummary&>(row);
-                       summary.AddTime(p, elapsed);
-                       if (setRate)
-                           summary.SetRate(rate);
-                   });
+        for (const Target& target : FindTargets(task, GroupRowKey(task, entry.m_activityId)))
+        {
+            CSummary& summary = static_cast<CSummary&>(*target.row);
+            summary.AddTime(period, elapsed);
+            if (HasTotalPeriod())
+                summary.AddTime(TotalPeriod(), elapsed);
+            if (target.setRate)
+                summary.SetRate(rate);
+        }
     }
 }
 
-std::vector<std::string> CTimeSummaryOutput::CellTexts(const CSummaryRow& row, size_t period, TextUse use) const
+void CTimeSummaryOutput::GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
+                                      std::vector<std::string>& texts) const
 {
     const CSummary& summary = static_cast<const CSummary&>(row);
     const CTinyElapsedTime elapsed = period < summary.m_cells.size() ? summary.m_cells[period] : CTinyElapsedTime();
-    std::string text = m_app.GetElapsedText(elapsed);
-    if (text.empty() && use == TextUse::exportText)
-        text = "0";
-    return {text};
+    texts.resize(1);
+    texts[0] = elapsed.IsZero() ? std::string() : m_app.GetElapsedText(elapsed);
+    if (texts[0].empty() && use == TextUse::exportText)
+        texts[0] = "0";
 }
 
 } // namespace reports

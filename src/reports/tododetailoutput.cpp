@@ -108,7 +108,7 @@ void CToDoDetailOutput::Gather()
         std::vector<Line> group;
         for (const auto& owned : m_doc.m_todoList)
         {
-            const CTask* task = m_doc.GetTask(owned->m_taskId);
+            const CTask* task = FindTask(owned->m_taskId);
             if (task && Accepts(*owned, task))
                 InsertSorted(group, Line{owned.get(), task, nullptr, std::string(), "Outstanding Items"});
         }
@@ -116,13 +116,13 @@ void CToDoDetailOutput::Gather()
     }
     for (CDateTime d = m_range.start; d <= m_range.end; d = StepDayForward(d))
     {
-        const CDay* day = m_doc.GetDay(d);
+        const CDay* day = FindDay(d);
         if (!day || day->ToDoEntries().empty())
             continue;
         std::vector<Line> group;
         for (const auto& owned : day->ToDoEntries())
         {
-            const CTask* task = m_doc.GetTask(owned->m_taskId);
+            const CTask* task = FindTask(owned->m_taskId);
             if (task && Accepts(*owned, task))
                 InsertSorted(group, Line{owned.get(), task, day, day->GetKey(),
                                          m_app.FormatShortDate(day->GetDate())});

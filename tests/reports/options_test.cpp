@@ -70,3 +70,15 @@ TEST_F(ReportOptionsDocTest, CheckReportGivesTheWizardsMessages)
     report->m_endDate = Date(2024, 3, 10);
     EXPECT_EQ(reports::CheckReport(*report), "");
 }
+
+TEST_F(ReportOptionsDocTest, ListReportsShowEveryColumnOfTheirFamily)
+{
+    CReport* time = m_doc.AddReport(CReport::timeDetail);
+    reports::InitListReport(*time);
+    EXPECT_EQ(time->m_name, "Time Detail Report");
+    EXPECT_EQ(time->m_fieldFlags, 0x1111111u);
+    CReport* todo = m_doc.AddReport(CReport::todoDetail);
+    reports::InitListReport(*todo);
+    EXPECT_EQ(todo->m_name, "To Do Detail Report");
+    EXPECT_EQ(todo->m_fieldFlags, 0x111111u);
+}

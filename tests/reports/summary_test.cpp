@@ -242,3 +242,46 @@ TEST(SummaryRowTest, RatesThatDifferReadAsVarious)
     EXPECT_DOUBLE_EQ(te.m_costCells[1], 75.0 - 0.5 + 60.0);
     EXPECT_FALSE(te.m_empty);
 }
+
+TEST_F(SummaryReportTest, RunningEntryCountsUpToNowInEveryRun)
+{
+    SetClock(2024, 3, 20, 11, 0);
+    AddTime(Date(2024, 3, 20), m_globex, 10, 0, -1, -1);
+    CReport* report = Summary(CReport::timeSummary, "R", m_globex, Date(2024, 3, 20), Date(2024, 3, 20), 1,
+                              CReport::frameTotal, 0, false, false);
+    reports::CTimeSummaryOutput output(*report, m_doc, *m_app);
+    auto globex = [&] {
+        return static_cast<const reports::CSummary*>(output.GetRow(m_globex->m_id))->m_cells.at(0);
+    };
+    output.PrepareData();
+    EXPECT_EQ(globex(), CTinyElapsedTime(1, 0));
+    SetClock(2024, 3, 20, 11, 45);
+    output.PrepareData();
+    EXPECT_EQ(globex(), CTinyElapsedTime(1, 45));
+}
+
+TEST_F(SummaryReportTest, FiltersOfTheSummaryKinds)
+{
+    // Billable only: the non-billable mileage of Support drops out.
+    CReport* expenses = Summary(CReport::expenseSummary, "E", m_acme, m_first, m_last, 1, CReport::frameTotal, 0,
+                                false, false);
+    expenses->m_includeNonBillable = false;
+    EXPECT_NE(Export(expenses, reports::formatTab).find("Acme\t432.50\t"), std::string::npos)
+        << Export(expenses, reports::formatTab);
+    // Only lunches paid in cash: none for Acme, whose row stays only when asked.
+    expenses->m_includeNonBillable = true;
+    expenses->m_showEmptyRows = true;
+    expenses->m_selectedExpenseTypes = {8};
+    expenses->m_selectedPaymentMethods = {1};
+    EXPECT_NE(Export(expenses, reports::formatTab).find("Acme\t0.00\t"), std::string::npos);
+    expenses->m_selectedTasks = {m_root->m_id};
+    EXPECT_NE(Export(expenses, reports::formatTab).find("Globex\t18.25\t"), std::string::npos);
+
+    // Only meetings; and a billing filter that lets nothing through.
+    CReport* time = Summary(CReport::billingSummary, "B", m_acme, m_first, m_last, 1, CReport::frameTotal, 0,
+                            false, false, true);
+    time->m_selectedActivities = {2};
+    EXPECT_NE(Export(time, reports::formatTab).find("Acme\t30.00\t"), std::string::npos);
+    time->m_includeBillable = false;
+    EXPECT_NE(Export(time, reports::formatTab).find("Acme\t0.00\t"), std::string::npos);
+}
