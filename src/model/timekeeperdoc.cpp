@@ -599,7 +599,10 @@ void CTimeKeeperDoc::WriteDocument(CArchive& ar, bool selection, const CDateTime
     else
     {
         entryTasks = GetSubtreeIds(selectedTasks);
+        // The root is above every task; it stays even when the selection names none
+        // that exists, so that the archive can always be opened.
         std::unordered_set<uint32_t> written = entryTasks;
+        written.insert(kRootTaskId);
         for (uint32_t id : selectedTasks)
             if (const CTask* task = GetTask(id))
                 for (const CTask* t = task->m_parent; t; t = t->m_parent)

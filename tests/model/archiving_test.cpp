@@ -93,6 +93,14 @@ TEST(ArchiveSelection, DaysWithoutMatchesAreWrittenEmptyAndDroppedOnOpening)
     EXPECT_EQ(archive->m_tasks.size(), 3u);
 }
 
+TEST(ArchiveSelection, AnUnknownTaskStillGivesADocument)
+{
+    SampleDoc s;
+    auto archive = Open(s.doc->WriteSelection(CDateTime::Null(), CDateTime::Null(), 999));
+    EXPECT_EQ(archive->m_tasks.size(), 1u);
+    EXPECT_EQ(archive->CountTimeEntries() + archive->CountToDoEntries(), 0u);
+}
+
 TEST(ArchiveDeletion, EverythingWithTheRootAndNoDates)
 {
     SampleDoc s;
