@@ -109,9 +109,12 @@ void CTimeEntry::Serialize(CArchive& ar)
         m_overtime = ar.ReadU32() != 0;
         m_start.Serialize(ar);
         m_end.Serialize(ar);
-        if (m_end.IsValid() && m_end.GetHour() == 0 && m_end.GetMinute() == 0)
-            m_end = CTinyTime(24, 0);
     }
+    // In every layout: an end of 00:00 is the end of the day. An older body can give one
+    // (an end on the start's own day at 00:00); kept as 00:00 it would be written so and
+    // turn into 24:00 only when the saved file is read again.
+    if (m_end.IsValid() && m_end.GetHour() == 0 && m_end.GetMinute() == 0)
+        m_end = CTinyTime(24, 0);
 
     if (version >= 9 && m_customBilling)
     {
