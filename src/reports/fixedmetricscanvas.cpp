@@ -66,7 +66,7 @@ FontMetrics FixedMetricsCanvas::GetFontMetrics() const
     m.height = m_options.fontHeight;
     m.externalLeading = m_options.externalLeading;
     m.averageCharWidth = m_options.charWidth;
-    m.maxCharWidth = m_options.charWidth;
+    m.maxCharWidth = m_options.maxCharWidth;
     return m;
 }
 

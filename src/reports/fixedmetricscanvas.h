@@ -24,6 +24,9 @@ public:
         int physicalOffsetX = 0;
         int physicalOffsetY = 0;
         int charWidth = 10;
+        // As in a real font, the widest character is about twice the average one;
+        // the cell paddings follow from it.
+        int maxCharWidth = 20;
         int fontHeight = 16;
         int externalLeading = 4;
         int orientation = orientationPortrait;

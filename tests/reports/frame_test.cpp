@@ -104,17 +104,17 @@ TEST_F(FrameTest, TimeDetailPageShowsDayTotalsAndTheTotal)
     ASSERT_EQ(pages.size(), 1u);
     const std::vector<std::string> expected = {
         Cols({{7, "Acme/March"}, {71, "Page 1"}}),
-        Cols({{8, "Description"}, {65, "Time"}, {70, "Billing"}}),
+        Cols({{8, "Description"}, {63, "Time"}, {69, "Billing"}}),
         Dashes(7, 77),
         Cols({{8, "03/04/2024"}}),
         Dashes(7, 77),
-        Cols({{8, "Acme/Website"}, {65, "1:30"}, {71, "$75.00"}}),
+        Cols({{8, "Acme/Website"}, {63, "1:30"}, {70, "$75.00"}}),
         Cols({{8, "Home page"}}),
-        Cols({{8, "Acme/Support"}, {65, "0:45"}, {71, "$30.00"}}),
-        Dashes(64, 77),
-        Cols({{65, "2:15"}, {70, "$105.00"}}),
+        Cols({{8, "Acme/Support"}, {63, "0:45"}, {70, "$30.00"}}),
+        Dashes(62, 77),
+        Cols({{63, "2:15"}, {69, "$105.00"}}),
         Dashes(7, 77),
-        Cols({{8, "TOTAL"}, {65, "2:15"}, {70, "$105.00"}}),
+        Cols({{8, "TOTAL"}, {63, "2:15"}, {69, "$105.00"}}),
     };
     EXPECT_EQ(pages[0], expected);
 }
@@ -165,7 +165,7 @@ TEST_F(FrameTest, LongNotesWrapAndCountInThePageHeight)
     AddTime(Date(2024, 3, 4), m_website, 9, 0, 10, 0, 0, note);
     CReport* report = AddReport(CReport::timeDetail, "N", m_root, Date(2024, 3, 4), Date(2024, 3, 4), 0x100000);
     reports::FixedMetricsCanvas::Options narrow;
-    narrow.deviceWidth = 450; // 300 units of page width: 29 characters of note per line
+    narrow.deviceWidth = 450; // 300 units of page width: 28 characters of note per line
     const auto pages = reports::RenderTextPages(*report, m_doc, *m_app, narrow);
     ASSERT_EQ(pages.size(), 1u);
     const std::vector<std::string> wrapped(pages[0].begin() + 6, pages[0].begin() + 9);
