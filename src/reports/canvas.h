@@ -7,7 +7,7 @@ namespace reports
 {
 
 // A font as the reports ask for it: the printer maps it to the nearest it has.
-struct FontSpec
+struct FontRequest
 {
     std::string face = "Arial";
     int pointSize = 9;
@@ -60,7 +60,7 @@ public:
     virtual int GetOrientation() const { return orientationDefault; }
     virtual void SetOrientation(int /*orientation*/) {}
 
-    virtual void SelectFont(const FontSpec& font) = 0;
+    virtual void SelectFont(const FontRequest& font) = 0;
     virtual FontMetrics GetFontMetrics() const = 0;
     // Extent of a line of text in the selected font.
     virtual TextSize GetTextExtent(std::string_view text) const = 0;

@@ -67,7 +67,7 @@ public:
     int GetOrientation() const override { return m_options.orientation; }
     void SetOrientation(int orientation) override;
 
-    void SelectFont(const FontSpec& font) override { m_font = font; }
+    void SelectFont(const FontRequest& font) override { m_font = font; }
     FontMetrics GetFontMetrics() const override;
     TextSize GetTextExtent(std::string_view text) const override;
 
@@ -77,7 +77,7 @@ public:
     void DrawLine(int x1, int y1, int x2, int y2, int penWidth) override;
     void FillRect(int x, int y, int width, int height) override;
 
-    const FontSpec& GetSelectedFont() const { return m_font; }
+    const FontRequest& GetSelectedFont() const { return m_font; }
     const std::vector<Page>& Pages() const { return m_pages; }
     // The page (0-based) as text: texts that share a top edge form one line, placed
     // at the column of their x position; horizontal rules become runs of "-".
@@ -91,7 +91,7 @@ private:
     Page& CurrentPage();
 
     Options m_options;
-    FontSpec m_font;
+    FontRequest m_font;
     std::vector<Page> m_pages;
 };
 

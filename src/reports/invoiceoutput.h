@@ -102,8 +102,8 @@ private:
     double m_taxAmount = 0.0;
     std::string m_numberText;
 
-    FontSpec m_headerFont;
-    FontSpec m_headerBoldFont;
+    FontRequest m_headerFont;
+    FontRequest m_headerBoldFont;
     int m_headerLineHeight = 0;
     int m_headerBlockHeight = 0;
     std::vector<PrintRow> m_printRows;

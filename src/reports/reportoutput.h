@@ -44,8 +44,8 @@ struct PrintMetrics
     int cellVerticalPadding = 0;
     int cellHorizontalPadding = 0;
     int rowsPerPage = 0;
-    FontSpec bodyFont;
-    FontSpec titleFont;
+    FontRequest bodyFont;
+    FontRequest titleFont;
     int lightPen = 0;
     int heavyPen = 0;
 
