@@ -25,7 +25,12 @@ std::vector<std::string> WrapText(std::string_view text, int width,
 // What the three detail kinds share: a list of single entries grouped under
 // headings (days, or the outstanding to-dos), printed one line per entry with
 // wrapped text below it and, for the kinds with totals, a subtotal per group and
-// a total at the end.
+// a total at the end. Their HTML ends with the frame's end, which closes the body
+// and the document but writes no table end tag of its own.
+//
+// Values are formatted by the application: money on the page and in HTML as
+// currency, in the delimited exports as plain numbers (two decimals, the locale's
+// decimal separator, no grouping).
 class CDetailOutput : public CReportOutput
 {
 public:

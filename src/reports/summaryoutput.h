@@ -21,6 +21,10 @@ namespace reports
 // activity, expense type, payment method or task ID text) by period columns,
 // gathered day by day through the day index, exported one line per period and
 // row, written as an HTML table and printed in pages of rows and period columns.
+//
+// Rates and amounts go into the delimited export as plain numbers (two decimals,
+// the locale's decimal separator, no grouping); a rate elsewhere is money or
+// "various". Rows without a task (TOTAL and the groupings) show no rate or estimate.
 class CSummaryOutput : public CReportOutput
 {
 public:
