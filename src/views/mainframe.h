@@ -137,13 +137,14 @@ public:
         bool deleteArchived = false;
     };
 
-protected:
     // The questions to the user that tests answer without a dialog.
+    virtual QString AskSaveFileName(const QString& caption, const QString& proposed,
+                                    const QString& filter);
+
+protected:
     virtual bool AskArchiveOptions(ArchiveOptions& options);
     virtual QString AskEmployeeName();
     virtual QString AskOpenFileName();
-    virtual QString AskSaveFileName(const QString& caption, const QString& proposed,
-                                    const QString& filter);
 
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;

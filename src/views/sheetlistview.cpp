@@ -3,6 +3,9 @@
 #include "app/timekeeperapp.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
+#include "reports/daterange.h"
+#include "reports/exportfile.h"
+#include "reports/reportrunner.h"
 #include "timekeeping/timer.h"
 #include "views/entrysheets.h"
 #include "views/gotodatedlg.h"
@@ -13,6 +16,7 @@
 #include "views/timesheetview.h"
 
 #include <QDragEnterEvent>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QListWidget>
 #include <QMenu>
@@ -133,13 +137,22 @@ CSheetListView::CSheetListView(CMainFrame& frame, QWidget* parent)
     connect(m_reportIcons, &QListWidget::itemSelectionChanged, this, &CSheetListView::UpdateStates);
     connect(m_list, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
         if (!m_filling && column == 0 && IsReportsPage())
-            OnReportRenamed(item->data(0, kRecordRole).toUInt(), item->text(0));
+            OnReportRenamed(item->data(0, kRecordRole + 1).toUInt(), item->text(0));
     });
     connect(m_reportIcons, &QListWidget::itemChanged, this, [this](QListWidgetItem* item) {
         if (!m_filling)
             OnReportRenamed(item->data(kRecordRole).toUInt(), item->text());
     });
     connect(m_tabs, &QTabBar::currentChanged, this, &CSheetListView::OnPageChanged);
+    for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(m_list), static_cast<QAbstractItemView*>(m_reportIcons)})
+        connect(view->itemDelegate(), &QAbstractItemDelegate::closeEditor, this, [this] {
+            m_editing = false;
+            if (m_refillAfterEdit)
+            {
+                m_refillAfterEdit = false;
+                QMetaObject::invokeMethod(this, &CSheetListView::Refill, Qt::QueuedConnection);
+            }
+        });
 
     m_tick->setInterval(CTimer::kTickMilliseconds);
     connect(m_tick, &QTimer::timeout, &m_frame, &CMainFrame::TimerTick);
@@ -373,8 +386,21 @@ QTreeWidgetItem* CSheetListView::AddRow(const QStringList& texts, const QList<QV
     return item;
 }
 
+void CSheetListView::Changed(unsigned hint)
+{
+    m_frame.Doc().UpdateAllViews(hint);
+    Refill();
+    m_frame.RefreshStatus();
+}
+
 void CSheetListView::Refill()
 {
+    // A refill would take away the row whose title is being edited; it waits.
+    if (m_editing)
+    {
+        m_refillAfterEdit = true;
+        return;
+    }
     if (m_builtPage != m_page || m_builtView != m_frame.App().GetTaskViewType())
     {
         SaveColumnWidths();
@@ -543,26 +569,10 @@ void CSheetListView::FillReports()
 {
     CTimeKeeperDoc& doc = m_frame.Doc();
     const CTimeKeeperApp& app = m_frame.App();
-    static const char* const presets[] = {"",
-                                          "Current Week",
-                                          "Previous Week",
-                                          "Current Month",
-                                          "Previous Month",
-                                          "Current Year",
-                                          "Previous Year",
-                                          "All Dates",
-                                          "Today",
-                                          "Yesterday",
-                                          "Current Half Month",
-                                          "Previous Half Month"};
     const bool icons = m_stack->currentWidget() == m_reportIcons;
     for (const auto& report : doc.m_reports)
     {
-        QString dates;
-        if (report->m_preset == CReport::customDates)
-            dates = ToQ(app.FormatShortDate(report->m_startDate)) + u'-' + ToQ(app.FormatShortDate(report->m_endDate));
-        else if (report->m_preset < 12)
-            dates = QString::fromLatin1(presets[report->m_preset]);
+        const QString dates = ToQ(reports::DateRangeText(*report, doc, app));
         const uint32_t taskId = report->GetFirstSelectedTask();
         const CTask* task = doc.GetTask(taskId);
         const QString taskText = (task == nullptr || taskId == CTimeKeeperDoc::kRootTaskId)
@@ -884,8 +894,7 @@ void CSheetListView::NewTimeEntry(CTask* task)
         else
             doc.RemoveDayIfEmpty(day);
     }
-    doc.UpdateAllViews(hintEntries);
-    m_frame.RefreshStatus();
+    Changed(hintEntries);
 }
 
 void CSheetListView::NewExpenseEntry(CTask* task)
@@ -913,8 +922,7 @@ void CSheetListView::NewExpenseEntry(CTask* task)
         doc.FileExpenseEntry(day, std::move(entry));
         doc.SetModifiedFlag(true);
     }
-    doc.UpdateAllViews(hintEntries);
-    m_frame.RefreshStatus();
+    Changed(hintEntries);
 }
 
 void CSheetListView::NewToDoEntry(CTask* task)
@@ -948,7 +956,7 @@ void CSheetListView::NewToDoEntry(CTask* task)
             doc.AddOutstandingToDo(std::move(entry));
         doc.SetModifiedFlag(true);
     }
-    doc.UpdateAllViews(hintEntries);
+    Changed(hintEntries);
 }
 
 void CSheetListView::DeleteSelected()
@@ -1017,8 +1025,7 @@ void CSheetListView::DeleteSelected()
         doc.SetModifiedFlag(true);
     }
     m_frame.Timer().RefreshIcon();
-    doc.UpdateAllViews(PageKind() == Kind::report ? hintReports : hintEntries);
-    m_frame.RefreshStatus();
+    Changed(PageKind() == Kind::report ? hintReports : hintEntries);
 }
 
 void CSheetListView::EditTimeEntry(CTimeEntry* entry)
@@ -1048,8 +1055,7 @@ void CSheetListView::EditTimeEntry(CTimeEntry* entry)
             }
         doc.SetModifiedFlag(true);
     }
-    doc.UpdateAllViews(hintEntries);
-    m_frame.RefreshStatus();
+    Changed(hintEntries);
 }
 
 void CSheetListView::EditExpense(CExpenseEntry* expense)
@@ -1059,7 +1065,7 @@ void CSheetListView::EditExpense(CExpenseEntry* expense)
     if (sheet.exec() != QDialog::Accepted)
         return;
     doc.SetModifiedFlag(true);
-    doc.UpdateAllViews(hintEntries);
+    Changed(hintEntries);
 }
 
 void CSheetListView::EditToDo(CToDoEntry* todo)
@@ -1092,7 +1098,7 @@ void CSheetListView::EditToDo(CToDoEntry* todo)
         }
         doc.SetModifiedFlag(true);
     }
-    doc.UpdateAllViews(hintEntries);
+    Changed(hintEntries);
 }
 
 void CSheetListView::EditProperties()
@@ -1137,11 +1143,17 @@ void CSheetListView::RenameSelected()
     if (m_stack->currentWidget() == m_reportIcons)
     {
         if (QListWidgetItem* item = m_reportIcons->currentItem())
+        {
+            m_editing = true;
             m_reportIcons->editItem(item);
+        }
         return;
     }
     if (QTreeWidgetItem* item = m_list->currentItem())
+    {
+        m_editing = true;
         m_list->editItem(item, 0);
+    }
 }
 
 void CSheetListView::OnReportRenamed(uint32_t reportId, const QString& text)
@@ -1173,7 +1185,7 @@ void CSheetListView::CompleteSelected()
         doc.CompleteToDo(todos.front(), DayOf(m_frame.TimeSheet()->SelectedDate()));
         doc.SetModifiedFlag(true);
     }
-    doc.UpdateAllViews(hintEntries);
+    Changed(hintEntries);
 }
 
 void CSheetListView::MoveSelectedExpense()
@@ -1198,13 +1210,33 @@ void CSheetListView::MoveExpenseTo(CExpenseEntry* expense, const QDate& date)
         doc.MoveExpense(expense, FromQDate(date));
         doc.SetModifiedFlag(true);
     }
-    doc.UpdateAllViews(hintEntries);
+    Changed(hintEntries);
 }
 
 void CSheetListView::ShowContacts()
 {
     CContactsDlg dialog(m_frame, this);
     dialog.exec();
+}
+
+void CSheetListView::ExportSelectedReport()
+{
+    const std::vector<CReport*> reportsChosen = SelectedReports();
+    if (reportsChosen.size() != 1)
+        return;
+    CReport* report = reportsChosen.front();
+    const QString proposed = ToQ(reports::DefaultExportFileName(*report)) + QStringLiteral(".csv");
+    const QString path = m_frame.AskSaveFileName(
+        tr("Export"), proposed,
+        tr("CSV (Comma Delimited) (*.csv);;HTML (Hypertext Markup Language) (*.htm);;Tab Delimited (*.tab)"));
+    if (path.isEmpty())
+        return;
+    const int format = reports::ParseExportFormat(FromQ(QFileInfo(path).suffix().toLower())).value_or(reports::formatCsv);
+    std::string error;
+    if (!reports::ExportReportToFile(*report, m_frame.Doc(), m_frame.App(), format, FromQ(path), &error,
+                                     &m_frame.Prompter()) &&
+        !error.empty())
+        m_frame.Prompter().ShowMessage(error, platform::Icon::error);
 }
 
 void CSheetListView::SetReportListType(int type)
@@ -1283,6 +1315,7 @@ void CSheetListView::FillContextMenu(QMenu& menu)
     {
         add(tr("&Rename"), "rename", selected == 1, [this] { RenameSelected(); });
         add(tr("&Delete"), "delete", selected > 0, [this] { DeleteSelected(); });
+        add(tr("E&xport..."), "export", selected == 1, [this] { ExportSelectedReport(); });
         menu.addSeparator();
         QMenu* style = menu.addMenu(tr("&View"));
         const int current = m_frame.App().GetReportListType();

@@ -103,6 +103,8 @@ public:
     // Moves an expense to another day; nothing happens for the same day.
     void MoveExpenseTo(CExpenseEntry* expense, const QDate& date);
     void ShowContacts();
+    // Exports the selected report; the format follows the file's extension.
+    void ExportSelectedReport();
     void SetReportListType(int type);
 
     // A task dragged from the tree and dropped here.
@@ -154,6 +156,8 @@ private:
     void EditToDo(CToDoEntry* todo);
     void OnReportRenamed(uint32_t reportId, const QString& text);
     void UpdateStates();
+    // Tells the other views and refills this one at once.
+    void Changed(unsigned hint);
 
     CMainFrame& m_frame;
     QTabBar* m_tabs;
@@ -167,4 +171,6 @@ private:
     int m_builtView = -1;
     std::vector<void*> m_shown;
     bool m_filling = false;
+    bool m_editing = false;
+    bool m_refillAfterEdit = false;
 };
