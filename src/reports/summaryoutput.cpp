@@ -631,6 +631,8 @@ void CSummaryOutput::HtmlTable(CExportFile& file)
 {
     const bool withRate = HasRateColumn() && Shown(kRate);
     const size_t estimates = EstimateTitles().size();
+    std::string cells;
+    std::vector<std::string> values;
     for (int64_t key : m_order)
     {
         const CSummaryRow& row = *m_rows.at(key);
@@ -648,9 +650,18 @@ void CSummaryOutput::HtmlTable(CExportFile& file)
             for (const std::string& text : texts)
                 file.WriteString("<TD NOWRAP>" + Nbsp(text) + "</TD>");
         }
+        cells.clear();
         for (size_t p = 0; p < m_periods.size(); ++p)
-            for (const std::string& value : CellTexts(row, p, TextUse::html))
-                file.WriteString("<TD ALIGN=RIGHT>" + Nbsp(value) + "</TD>");
+        {
+            GetCellTexts(row, p, TextUse::html, values);
+            for (const std::string& value : values)
+            {
+                cells += "<TD ALIGN=RIGHT>";
+                cells += value.empty() ? std::string_view("&nbsp") : std::string_view(value);
+                cells += "</TD>";
+            }
+        }
+        file.WriteString(cells);
         file.WriteString("</TR>");
         file.WriteString("\n");
     }
