@@ -180,11 +180,15 @@ CTimeEntryPropertySheet::CTimeEntryPropertySheet(CMainFrame& frame, CDay& day, C
     auto* billing = new QGroupBox(tr("Billing"), page);
     auto* billingForm = new QGridLayout(billing);
     billingForm->addWidget(m_useDefaults, 0, 0, 1, 2);
+    auto* rateLabel = new QLabel(tr("&Rate:"), billing);
+    rateLabel->setBuddy(m_rate);
+    auto* multiplierLabel = new QLabel(tr("&Multiplier:"), billing);
+    multiplierLabel->setBuddy(m_multiplier);
     billingForm->addWidget(m_billable, 1, 0);
-    billingForm->addWidget(new QLabel(tr("&Rate:"), billing), 1, 1, Qt::AlignRight);
+    billingForm->addWidget(rateLabel, 1, 1, Qt::AlignRight);
     billingForm->addWidget(m_rate, 1, 2);
     billingForm->addWidget(m_overtime, 2, 0);
-    billingForm->addWidget(new QLabel(tr("&Multiplier:"), billing), 2, 1, Qt::AlignRight);
+    billingForm->addWidget(multiplierLabel, 2, 1, Qt::AlignRight);
     billingForm->addWidget(m_multiplier, 2, 2);
     form->addRow(billing);
     m_useDefaults->setChecked(!entry.m_customBilling);
@@ -573,7 +577,9 @@ CTaskProperties::CTaskProperties(CMainFrame& frame, CTask& task, QWidget* parent
     contactRow->addWidget(m_editContact);
     contactRow->addWidget(m_newContact);
     form->addRow(m_useParentContact);
-    form->addRow(tr("Contact &ID:"), contactRow);
+    auto* contactLabel = new QLabel(tr("Contact &ID:"), general);
+    contactLabel->setBuddy(m_contact);
+    form->addRow(contactLabel, contactRow);
     FillContacts(task.GetEffectiveContactId());
     m_pages->addTab(general, tr("General"));
 

@@ -22,6 +22,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QStackedWidget>
+#include <QStyledItemDelegate>
 #include <QTabBar>
 #include <QTimer>
 #include <QTreeWidget>
@@ -64,6 +65,20 @@ public:
     }
 };
 
+// Task paths lose their beginning first: the task itself matters most.
+class CPathDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        option->textElideMode = Qt::ElideLeft;
+    }
+};
+
 // Dates sort by their value; a missing date after every real one.
 double DateKey(const CDateTime& d)
 {
@@ -102,8 +117,7 @@ CSheetListView::CSheetListView(CMainFrame& frame, QWidget* parent)
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->setContextMenuPolicy(Qt::CustomContextMenu);
     m_list->setIconSize(QSize(16, 16));
-    // Task paths lose their beginning first: the task itself matters most.
-    m_list->setTextElideMode(Qt::ElideLeft);
+    m_pathDelegate = new CPathDelegate(this);
     m_list->header()->setSectionsClickable(true);
     m_list->header()->setSortIndicatorShown(true);
     m_list->header()->setStretchLastSection(false);
@@ -257,8 +271,12 @@ void CSheetListView::RebuildColumns()
     m_list->setColumnCount(int(columns.size()));
     m_list->setHeaderLabels(titles);
     for (int i = 0; i < int(columns.size()); ++i)
+    {
         m_list->setColumnWidth(i, m_frame.App().GetStore().GetInt(kSettings, columns[size_t(i)].key,
-                                                                   columns[size_t(i)].defaultWidth));
+                                                                   DefaultWidth(columns[size_t(i)].defaultWidth)));
+        const bool path = QLatin1String(columns[size_t(i)].title) == QLatin1String("Task");
+        m_list->setItemDelegateForColumn(i, path ? m_pathDelegate : nullptr);
+    }
     // Amounts and durations read best aligned on the right.
     for (int i = 0; i < int(columns.size()); ++i)
     {
@@ -284,6 +302,14 @@ void CSheetListView::RebuildColumns()
     m_list->setEditTriggers(m_page == pageReports ? QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked
                                                   : QAbstractItemView::NoEditTriggers);
     m_filling = false;
+}
+
+int CSheetListView::DefaultWidth(int width) const
+{
+    // The built-in widths suit a small font of about 5.5 pixels a digit; larger
+    // fonts get proportionally wider columns.
+    const double digit = m_list->fontMetrics().horizontalAdvance(QStringLiteral("0123456789")) / 10.0;
+    return int(width * std::max(1.0, digit / 5.5) + 0.5);
 }
 
 void CSheetListView::SaveColumnWidths()

@@ -14,6 +14,7 @@ class CTimeEntry;
 class CToDoEntry;
 class QListWidget;
 class QListWidgetItem;
+class QStyledItemDelegate;
 class QMenu;
 class QStackedWidget;
 class QTabBar;
@@ -79,6 +80,8 @@ public:
     QTreeWidget* List() const { return m_list; }
     QListWidget* ReportIcons() const { return m_reportIcons; }
     QTabBar* Tabs() const { return m_tabs; }
+    // A built-in column width, widened for the list's font.
+    int DefaultWidth(int width) const;
     // Sorts by a column as a click on its header does.
     void SortByColumn(int column);
 
@@ -165,6 +168,7 @@ private:
     QTreeWidget* m_list;
     QListWidget* m_reportIcons;
     QTimer* m_tick;
+    QStyledItemDelegate* m_pathDelegate = nullptr;
     int m_page = pageTime;
     // The page and view whose columns are built now (their widths are saved on a switch).
     int m_builtPage = -1;

@@ -368,10 +368,10 @@ void TestMainFrame::switchesBetweenDateAndTaskView()
     f.frame->Action(QStringLiteral("viewTask"))->trigger();
     QCOMPARE(f.app->GetTaskViewType(), 1);
     QCOMPARE(f.store.GetInt("Settings", "TimeTaskCol", 0), 222);
-    QCOMPARE(f.store.GetInt("Settings", "TimeElapsedCol", 0), 55);
+    QCOMPARE(f.store.GetInt("Settings", "TimeElapsedCol", 0), list->DefaultWidth(55));
     QCOMPARE(list->List()->columnCount(), 5);
     QCOMPARE(list->List()->headerItem()->text(1), QStringLiteral("Note"));
-    QCOMPARE(list->List()->columnWidth(0), 85);
+    QCOMPARE(list->List()->columnWidth(0), list->DefaultWidth(85));
     QCOMPARE(list->RowCount(), 2);
     QCOMPARE(f.frame->TimePaneTextShown(), QStringLiteral("     2:30  "));
 
