@@ -73,14 +73,14 @@ void AppContext::SaveStore()
         std::cerr << "qvx: settings not saved: " << error << "\n";
 }
 
-CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& spec)
+CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& path)
 {
-    if (!spec.empty() && spec[0] == '#')
+    if (!path.empty() && path[0] == '#')
     {
-        const int id = ParseInt(spec.substr(1), "task id");
+        const int id = ParseInt(path.substr(1), "task id");
         CTask* task = id > 0 ? doc.GetTask(uint32_t(id)) : nullptr;
         if (!task)
-            throw CommandError("there is no task #" + spec.substr(1));
+            throw CommandError("there is no task #" + path.substr(1));
         return task;
     }
     CTask* root = doc.GetRootTask();
@@ -89,11 +89,11 @@ CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& spec)
 
     std::vector<std::string> parts;
     size_t start = 0;
-    while (start <= spec.size())
+    while (start <= path.size())
     {
-        const size_t slash = spec.find('/', start);
+        const size_t slash = path.find('/', start);
         const std::string part =
-            spec.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+            path.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
         if (!part.empty())
             parts.push_back(Lower(part));
         if (slash == std::string::npos)
@@ -123,10 +123,10 @@ CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& spec)
                 ++matches;
             }
         if (matches == 0)
-            throw CommandError("no task '" + spec + "': nothing named '" + parts[i] + "' under '" +
+            throw CommandError("no task '" + path + "': nothing named '" + parts[i] + "' under '" +
                                at->m_name + "'");
         if (matches > 1)
-            throw CommandError("task '" + spec + "' is ambiguous: several tasks named '" +
+            throw CommandError("task '" + path + "' is ambiguous: several tasks named '" +
                                parts[i] + "' under '" + at->m_name + "' (use #id)");
         at = found;
     }

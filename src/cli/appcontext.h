@@ -38,7 +38,7 @@ private:
 // "Acme/Website/Design" (names matched case-insensitively from the top task down; the
 // top task's own name may lead) or "#id". Throws CommandError when nothing or more than
 // one task matches.
-CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& spec);
+CTask* FindTask(const CTimeKeeperDoc& doc, const std::string& path);
 // "YYYY-MM-DD" -> the day at 00:00; throws UsageError naming `what`.
 CDateTime ParseDate(const std::string& text, const char* what);
 // "HH:MM" (00:00 to 24:00) -> a time of day; throws UsageError naming `what`.
