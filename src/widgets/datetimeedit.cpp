@@ -446,11 +446,38 @@ void CDateTimeEdit::FastKey(QKeyEvent* event)
     {
         if (f.ampm)
             return;
-        if (content.size() >= f.maxDigits)
+        // A field is complete when full, or when no further digit could keep it valid.
+        auto complete = [this](int index, const QString& digits) {
+            const Field& field = m_fields[index];
+            if (digits.isEmpty())
+                return false;
+            int limit = 9999;
+            switch (field.picture[0].unicode())
+            {
+            case 'M':
+            case 'h':
+                limit = 12;
+                break;
+            case 'd':
+                limit = 31;
+                break;
+            case 'H':
+                limit = 23;
+                break;
+            case 'm':
+            case 's':
+                limit = 59;
+                break;
+            default:
+                break;
+            }
+            return digits.size() >= field.maxDigits || digits.toInt() * 10 > limit;
+        };
+        if (complete(field, content))
         {
             if (field + 1 >= m_fields.size())
                 return;
-            // The field is full: the digit starts the next one.
+            // The field is done: the digit starts the next one.
             t += f.separator;
             ++field;
             if (m_fields[field].ampm)
@@ -462,34 +489,8 @@ void CDateTimeEdit::FastKey(QKeyEvent* event)
         }
         t += c;
         content += c;
-        const Field& cur = m_fields[field];
-        // A field is complete when full, or when no further digit could keep it valid.
-        int limit = 99;
-        switch (cur.picture[0].unicode())
-        {
-        case 'M':
-            limit = 12;
-            break;
-        case 'd':
-            limit = 31;
-            break;
-        case 'h':
-            limit = 12;
-            break;
-        case 'H':
-            limit = 23;
-            break;
-        case 'm':
-        case 's':
-            limit = 59;
-            break;
-        default:
-            limit = 9999;
-            break;
-        }
-        const bool full = content.size() >= cur.maxDigits || content.toInt() * 10 > limit;
-        if (full && field + 1 < m_fields.size())
-            t += cur.separator;
+        if (complete(field, content) && field + 1 < m_fields.size())
+            t += m_fields[field].separator;
     }
     else if ((c == u'a' || c == u'A' || c == u'p' || c == u'P'))
     {

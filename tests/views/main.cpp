@@ -5,6 +5,7 @@
 
 int RunMainFrameTests(int argc, char** argv);
 int RunEntryListTests(int argc, char** argv);
+int RunWidgetTests(int argc, char** argv);
 
 // One program for the suites of the views; the first argument names the suite, the
 // rest go to Qt Test (a test function name, -v2, ...).
@@ -20,6 +21,7 @@ int main(int argc, char** argv)
     const Suite suites[] = {
         {"mainframe", RunMainFrameTests},
         {"entrylists", RunEntryListTests},
+        {"widgets", RunWidgetTests},
     };
     std::vector<char*> args(argv, argv + argc);
     const char* wanted = argc > 1 ? argv[1] : nullptr;
