@@ -33,5 +33,9 @@ run: demo
 bench: build
 	@$(BUILD)/bench/qv_bench
 
+# Ten minutes of the document-loading fuzzer (clang with libFuzzer and the sanitizers).
+fuzz: deps
+	@fuzz/run.sh 600
+
 clean:
 	rm -rf $(BUILD) $(BUILD_NOX)
