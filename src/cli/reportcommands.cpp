@@ -637,9 +637,9 @@ int Invoice(Context& ctx)
 {
     Args args(ctx.argv, {"force"});
     args.Expect(2, 2, {"format", "out", "force"});
-    const std::optional<int> format =
-        args.Option("format") ? std::optional<int>(ParseFormatOption(args)) : std::nullopt;
-    if (args.Option("out") && !format)
+    const bool exportIt = args.Option("format").has_value();
+    const int format = exportIt ? ParseFormatOption(args) : 0;
+    if (args.Option("out") && !exportIt)
         throw UsageError("--out goes with --format csv|tab|html");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CReport* report = FindReport(s.Doc(), args.At(1, "REPORT"));
@@ -651,8 +651,8 @@ int Invoice(Context& ctx)
     if (s.Prompter().Unanswered())
         throw CommandError("the invoice was not numbered: the question was not answered (run again "
                            "with --yes or --no)");
-    if (format)
-        WriteExport(s, *report, *format, args);
+    if (exportIt)
+        WriteExport(s, *report, format, args);
     else
         PrintPages(s, *report);
     s.Save();
