@@ -107,6 +107,8 @@ void CDetailOutput::ReleaseReportData()
     ClearTotals();
 }
 
+bool CDetailOutput::Shown(uint32_t mask) const { return m_report.TestField(mask); }
+
 bool CDetailOutput::OpensGroup(size_t i) const
 {
     return i == 0 || m_lines[i].groupKey != m_lines[i - 1].groupKey;
@@ -206,9 +208,57 @@ void CDetailOutput::WriteHtmlTableStart(CExportFile& file, const std::vector<std
     file.WriteString("\n");
 }
 
-std::vector<std::string> CDetailOutput::GroupTotalCells(const std::string&) const { return {}; }
+void CDetailOutput::WriteHtmlCell(CExportFile& file, const char* open, const std::string& value)
+{
+    file.WriteString(open);
+    file.WriteString(HtmlValue(value));
+    file.WriteString("</TD>");
+}
 
-std::vector<std::string> CDetailOutput::GrandTotalCells() const { return {}; }
+namespace
+{
+void WriteRightAligned(CExportFile& file, const std::vector<std::string>& values)
+{
+    file.WriteString("<TD ALIGN=RIGHT>");
+    for (size_t i = 0; i < values.size(); ++i)
+    {
+        if (i > 0)
+            file.WriteString("</TD> <TD ALIGN=RIGHT>");
+        file.WriteString(values[i]);
+    }
+    file.WriteString("</TD>");
+    file.WriteString("</TR>");
+    file.WriteString("\n");
+}
+} // namespace
+
+void CDetailOutput::WriteHtmlSubtotal(CExportFile& file, int span, const std::vector<std::string>& values)
+{
+    file.WriteString("<TR>");
+    file.WriteString("<TD COLSPAN=" + std::to_string(span) + ">&nbsp</TD> ");
+    WriteRightAligned(file, values);
+}
+
+void CDetailOutput::WriteHtmlTotal(CExportFile& file, int columns, int span, const std::vector<std::string>& values)
+{
+    WriteHtmlSpacer(file, columns);
+    file.WriteString("<TR>");
+    file.WriteString("<TD ALIGN=LEFT COLSPAN=" + std::to_string(span) + ">");
+    file.WriteString("TOTAL");
+    file.WriteString("</TD>");
+    WriteRightAligned(file, values);
+}
+
+void CDetailOutput::HtmlHead(CExportFile& file)
+{
+    CReportOutput::HtmlHead(file);
+    std::vector<std::string> header;
+    for (const Column& column : PageColumns())
+        header.push_back(HtmlColumnTitle(column));
+    WriteHtmlTableStart(file, header);
+}
+
+std::vector<std::string> CDetailOutput::TotalCells(const std::string&) const { return {}; }
 
 int CDetailOutput::HorizontalPadding() const { return m_metrics.maxCharWidth / 2; }
 
@@ -236,10 +286,10 @@ void CDetailOutput::Layout(Canvas& canvas)
     {
         measure(PageCells(m_lines[i]));
         if (HasTotals() && ClosesGroup(i))
-            measure(GroupTotalCells(m_lines[i].groupKey));
+            measure(TotalCells(m_lines[i].groupKey));
     }
     if (HasTotals() && !m_lines.empty())
-        measure(GrandTotalCells());
+        measure(TotalCells(kTotalKey));
     for (size_t c = 0; c < m_columns.size(); ++c)
     {
         if (m_columns[c].shareGroup == 0)
@@ -390,7 +440,7 @@ void CDetailOutput::PageBody(Canvas& canvas, int page)
         }
         if (HasTotals() && ClosesGroup(i))
         {
-            const std::vector<std::string> cells = GroupTotalCells(line.groupKey);
+            const std::vector<std::string> cells = TotalCells(line.groupKey);
             int from = m.left + m.pageWidth;
             for (size_t c = 0; c < cells.size() && c < m_columns.size(); ++c)
                 if (!cells[c].empty())
@@ -408,7 +458,7 @@ void CDetailOutput::PageBody(Canvas& canvas, int page)
         canvas.DrawLine(m.left, y, m.left + m.pageWidth, y, m.lightPen);
         canvas.SelectFont(m.titleFont);
         canvas.DrawText(m.left + m_padding, y + m.cellVerticalPadding, "TOTAL");
-        DrawCells(canvas, GrandTotalCells(), y + m.cellVerticalPadding, false);
+        DrawCells(canvas, TotalCells(kTotalKey), y + m.cellVerticalPadding, false);
     }
 }
 

@@ -42,6 +42,8 @@ public:
     int PageCount(Canvas& canvas) override;
     void PageHeader(Canvas& canvas, int page) override;
     void PageBody(Canvas& canvas, int page) override;
+    // The HTML head followed by the table start with the page's column titles.
+    void HtmlHead(CExportFile& file) override;
 
     // The gathered entries, in report order.
     size_t EntryCount() const { return m_lines.size(); }
@@ -88,13 +90,19 @@ protected:
     virtual std::vector<std::string> PageCells(const Line& line) const = 0;
     // Texts printed below the entry line across the note width.
     virtual std::vector<std::string> TextBlocks(const Line& line) const = 0;
-    // Kinds with totals print a subtotal after each group and TOTAL at the end.
+    // Kinds with totals print a subtotal after each group and TOTAL at the end:
+    // the cells of the sums under a group key or under kTotalKey.
     virtual bool HasTotals() const = 0;
-    virtual std::vector<std::string> GroupTotalCells(const std::string& groupKey) const;
-    virtual std::vector<std::string> GrandTotalCells() const;
+    virtual std::vector<std::string> TotalCells(const std::string& key) const;
+    // The title of a column in the HTML table header.
+    virtual std::string HtmlColumnTitle(const Column& column) const { return column.title; }
     // Cell padding of the printed columns.
     virtual int HorizontalPadding() const;
 
+    // The key the sums over all groups are kept under.
+    static constexpr const char* kTotalKey = "TOTAL";
+
+    bool Shown(uint32_t mask) const;
     bool OpensGroup(size_t i) const;
     bool ClosesGroup(size_t i) const;
     // The task test: the task is one of the selected tasks, or lies below one of
@@ -115,6 +123,12 @@ protected:
     static void WriteHtmlHeading(CExportFile& file, int columns, const std::string& heading);
     static void WriteHtmlSpanRow(CExportFile& file, int leading, int columns, const std::string& text);
     static void WriteHtmlSpacer(CExportFile& file, int columns);
+    // One cell: the opening tag, the value (empty as the HTML empty cell), the end tag.
+    static void WriteHtmlCell(CExportFile& file, const char* open, const std::string& value);
+    // A group's subtotal row and, after the spacer, the TOTAL row: `span` columns
+    // before the right-aligned values.
+    static void WriteHtmlSubtotal(CExportFile& file, int span, const std::vector<std::string>& values);
+    static void WriteHtmlTotal(CExportFile& file, int columns, int span, const std::vector<std::string>& values);
 
     std::vector<Line> m_lines;
 

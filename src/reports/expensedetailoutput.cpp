@@ -15,15 +15,11 @@ constexpr uint32_t kExpenseType = 0x1000;
 constexpr uint32_t kPaymentMethod = 0x10000;
 constexpr uint32_t kNote = 0x100000;
 
-const char* const kTotalKey = "TOTAL";
-
 bool IsMileage(const CExpenseEntry& entry)
 {
     return entry.m_expenseTypeId == CExpenseType::kMileageId && entry.m_distance > 0.0f;
 }
 } // namespace
-
-bool CExpenseDetailOutput::Shown(uint32_t mask) const { return m_report.TestField(mask); }
 
 std::string CExpenseDetailOutput::ExpenseTypeName(const CExpenseEntry& entry) const
 {
@@ -141,13 +137,6 @@ std::vector<std::string> CExpenseDetailOutput::TotalCells(const std::string& key
     return cells;
 }
 
-std::vector<std::string> CExpenseDetailOutput::GroupTotalCells(const std::string& groupKey) const
-{
-    return TotalCells(groupKey);
-}
-
-std::vector<std::string> CExpenseDetailOutput::GrandTotalCells() const { return TotalCells(kTotalKey); }
-
 void CExpenseDetailOutput::ExportHead(CExportFile& file, int format)
 {
     const CellForm form = GetCellForm(format);
@@ -207,15 +196,6 @@ int CExpenseDetailOutput::HtmlColumns() const
            (Shown(kPaymentMethod) ? 1 : 0) + (Shown(kMileage) ? 1 : 0) + (Shown(kMileageRate) ? 1 : 0);
 }
 
-void CExpenseDetailOutput::HtmlHead(CExportFile& file)
-{
-    CReportOutput::HtmlHead(file);
-    std::vector<std::string> header;
-    for (const Column& column : PageColumns())
-        header.push_back(column.title);
-    WriteHtmlTableStart(file, header);
-}
-
 void CExpenseDetailOutput::HtmlTable(CExportFile& file)
 {
     if (m_lines.empty())
@@ -230,23 +210,18 @@ void CExpenseDetailOutput::HtmlTable(CExportFile& file)
             WriteHtmlHeading(file, columns, l.heading);
 
         file.WriteString("<TR>");
-        auto cell = [&](const char* open, const std::string& value) {
-            file.WriteString(open);
-            file.WriteString(HtmlValue(value));
-            file.WriteString("</TD>");
-        };
         if (Shown(kTaskId))
-            cell("<TD NOWRAP>", l.task->GetEffectiveTaskId());
-        cell("<TD NOWRAP>", TaskDescription(l.task));
+            WriteHtmlCell(file, "<TD NOWRAP>", l.task->GetEffectiveTaskId());
+        WriteHtmlCell(file, "<TD NOWRAP>", TaskDescription(l.task));
         if (Shown(kExpenseType))
-            cell("<TD NOWRAP>", ExpenseTypeName(entry));
+            WriteHtmlCell(file, "<TD NOWRAP>", ExpenseTypeName(entry));
         if (Shown(kPaymentMethod))
-            cell("<TD NOWRAP>", PaymentMethodName(entry));
+            WriteHtmlCell(file, "<TD NOWRAP>", PaymentMethodName(entry));
         if (Shown(kMileage))
-            cell("<TD NOWRAP>", DistanceText(entry));
+            WriteHtmlCell(file, "<TD NOWRAP>", DistanceText(entry));
         if (Shown(kMileageRate))
-            cell("<TD ALIGN=RIGHT NOWRAP>", MileageRateText(entry, true));
-        cell("<TD ALIGN=RIGHT>", m_app.FormatCurrency(entry.m_amount));
+            WriteHtmlCell(file, "<TD ALIGN=RIGHT NOWRAP>", MileageRateText(entry, true));
+        WriteHtmlCell(file, "<TD ALIGN=RIGHT>", m_app.FormatCurrency(entry.m_amount));
         file.WriteString("</TR>");
         file.WriteString("\n");
 
@@ -254,26 +229,10 @@ void CExpenseDetailOutput::HtmlTable(CExportFile& file)
             WriteHtmlSpanRow(file, leading, columns, entry.m_note);
 
         if (ClosesGroup(i))
-        {
-            file.WriteString("<TR>");
-            file.WriteString("<TD COLSPAN=" + std::to_string(columns - 1) + ">&nbsp</TD> <TD ALIGN=RIGHT>");
-            file.WriteString(m_app.FormatCurrency(GetAmountTotal(l.groupKey)));
-            file.WriteString("</TD>");
-            file.WriteString("</TR>");
-            file.WriteString("\n");
-        }
+            WriteHtmlSubtotal(file, columns - 1, {m_app.FormatCurrency(GetAmountTotal(l.groupKey))});
     }
 
-    WriteHtmlSpacer(file, columns);
-    file.WriteString("<TR>");
-    file.WriteString("<TD ALIGN=LEFT COLSPAN=" + std::to_string(columns - 1) + ">");
-    file.WriteString("TOTAL");
-    file.WriteString("</TD>");
-    file.WriteString("<TD ALIGN=RIGHT>");
-    file.WriteString(m_app.FormatCurrency(GetAmountTotal(kTotalKey)));
-    file.WriteString("</TD>");
-    file.WriteString("</TR>");
-    file.WriteString("\n");
+    WriteHtmlTotal(file, columns, columns - 1, {m_app.FormatCurrency(GetAmountTotal(kTotalKey))});
 }
 
 } // namespace reports

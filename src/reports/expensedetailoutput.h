@@ -19,7 +19,6 @@ public:
 
     void ExportHead(CExportFile& file, int format) override;
     void ExportRows(CExportFile& file, int format) override;
-    void HtmlHead(CExportFile& file) override;
     void HtmlTable(CExportFile& file) override;
 
     // The sum under a day key or "TOTAL"; zero when absent.
@@ -32,11 +31,9 @@ protected:
     std::vector<std::string> PageCells(const Line& line) const override;
     std::vector<std::string> TextBlocks(const Line& line) const override;
     bool HasTotals() const override { return true; }
-    std::vector<std::string> GroupTotalCells(const std::string& groupKey) const override;
-    std::vector<std::string> GrandTotalCells() const override;
+    std::vector<std::string> TotalCells(const std::string& key) const override;
 
 private:
-    bool Shown(uint32_t mask) const;
     int HtmlColumns() const;
     std::string ExpenseTypeName(const CExpenseEntry& entry) const;
     std::string PaymentMethodName(const CExpenseEntry& entry) const;
@@ -44,7 +41,6 @@ private:
     // numbers or money; empty for other expenses.
     std::string DistanceText(const CExpenseEntry& entry) const;
     std::string MileageRateText(const CExpenseEntry& entry, bool money) const;
-    std::vector<std::string> TotalCells(const std::string& key) const;
 
     std::map<std::string, double> m_amountTotals;
 };

@@ -15,11 +15,7 @@ constexpr uint32_t kEnd = 0x1000;
 constexpr uint32_t kActivity = 0x10000;
 constexpr uint32_t kNote = 0x100000;
 constexpr uint32_t kBillingAmount = 0x1000000;
-
-const char* const kTotalKey = "TOTAL";
 } // namespace
-
-bool CTimeDetailOutput::Shown(uint32_t mask) const { return m_report.TestField(mask); }
 
 std::string CTimeDetailOutput::ActivityName(uint32_t id) const
 {
@@ -148,13 +144,6 @@ std::vector<std::string> CTimeDetailOutput::TotalCells(const std::string& key) c
     return cells;
 }
 
-std::vector<std::string> CTimeDetailOutput::GroupTotalCells(const std::string& groupKey) const
-{
-    return TotalCells(groupKey);
-}
-
-std::vector<std::string> CTimeDetailOutput::GrandTotalCells() const { return TotalCells(kTotalKey); }
-
 void CTimeDetailOutput::ExportHead(CExportFile& file, int format)
 {
     const CellForm form = GetCellForm(format);
@@ -223,13 +212,9 @@ int CTimeDetailOutput::HtmlColumns() const
            (Shown(kBillingAmount) ? 1 : 0);
 }
 
-void CTimeDetailOutput::HtmlHead(CExportFile& file)
+std::string CTimeDetailOutput::HtmlColumnTitle(const Column& column) const
 {
-    CReportOutput::HtmlHead(file);
-    std::vector<std::string> header;
-    for (const Column& column : PageColumns())
-        header.push_back(column.title == "Billing" ? std::string("Billing Amount") : column.title);
-    WriteHtmlTableStart(file, header);
+    return column.title == "Billing" ? std::string("Billing Amount") : column.title;
 }
 
 void CTimeDetailOutput::HtmlTable(CExportFile& file)
@@ -247,25 +232,20 @@ void CTimeDetailOutput::HtmlTable(CExportFile& file)
             WriteHtmlHeading(file, columns, l.heading);
 
         file.WriteString("<TR>");
-        auto cell = [&](const char* open, const std::string& value) {
-            file.WriteString(open);
-            file.WriteString(HtmlValue(value));
-            file.WriteString("</TD>");
-        };
         if (Shown(kStart))
-            cell("<TD ALIGN=RIGHT NOWRAP>", m_app.FormatTime(entry.m_start));
+            WriteHtmlCell(file, "<TD ALIGN=RIGHT NOWRAP>", m_app.FormatTime(entry.m_start));
         if (Shown(kEnd))
-            cell("<TD ALIGN=RIGHT NOWRAP>", entry.IsRunning() ? std::string() : m_app.FormatTime(entry.m_end));
+            WriteHtmlCell(file, "<TD ALIGN=RIGHT NOWRAP>", entry.IsRunning() ? std::string() : m_app.FormatTime(entry.m_end));
         if (Shown(kTaskId))
-            cell("<TD NOWRAP>", l.task->GetEffectiveTaskId());
-        cell("<TD NOWRAP>", TaskDescription(l.task));
+            WriteHtmlCell(file, "<TD NOWRAP>", l.task->GetEffectiveTaskId());
+        WriteHtmlCell(file, "<TD NOWRAP>", TaskDescription(l.task));
         if (Shown(kActivity))
-            cell("<TD NOWRAP>", ActivityName(entry.m_activityId));
+            WriteHtmlCell(file, "<TD NOWRAP>", ActivityName(entry.m_activityId));
         if (Shown(kRate))
-            cell("<TD ALIGN=RIGHT NOWRAP>", m_app.FormatCurrency(entry.GetEffectiveRate(*l.task)));
-        cell("<TD ALIGN=RIGHT>", m_app.GetElapsedText(entry.GetElapsed(m_runningEnd)));
+            WriteHtmlCell(file, "<TD ALIGN=RIGHT NOWRAP>", m_app.FormatCurrency(entry.GetEffectiveRate(*l.task)));
+        WriteHtmlCell(file, "<TD ALIGN=RIGHT>", m_app.GetElapsedText(entry.GetElapsed(m_runningEnd)));
         if (withAmounts)
-            cell("<TD ALIGN=RIGHT>", m_app.FormatCurrency(entry.GetBillingAmount(*l.task, m_runningEnd)));
+            WriteHtmlCell(file, "<TD ALIGN=RIGHT>", m_app.FormatCurrency(entry.GetBillingAmount(*l.task, m_runningEnd)));
         file.WriteString("</TR>");
         file.WriteString("\n");
 
@@ -274,37 +254,18 @@ void CTimeDetailOutput::HtmlTable(CExportFile& file)
 
         if (ClosesGroup(i))
         {
-            file.WriteString("<TR>");
-            file.WriteString("<TD COLSPAN=" + std::to_string(k) + ">&nbsp</TD> <TD ALIGN=RIGHT>");
-            file.WriteString(HtmlValue(m_app.GetElapsedText(GetTimeTotal(l.groupKey))));
+            std::vector<std::string> values{HtmlValue(m_app.GetElapsedText(GetTimeTotal(l.groupKey)))};
             if (withAmounts)
-            {
-                file.WriteString("</TD> <TD ALIGN=RIGHT>");
-                file.WriteString(m_amountTotals.count(l.groupKey)
-                                     ? m_app.FormatCurrency(GetAmountTotal(l.groupKey))
-                                     : std::string("&nbsp"));
-            }
-            file.WriteString("</TD>");
-            file.WriteString("</TR>");
-            file.WriteString("\n");
+                values.push_back(m_amountTotals.count(l.groupKey) ? m_app.FormatCurrency(GetAmountTotal(l.groupKey))
+                                                                  : std::string("&nbsp"));
+            WriteHtmlSubtotal(file, k, values);
         }
     }
 
-    WriteHtmlSpacer(file, columns);
-    file.WriteString("<TR>");
-    file.WriteString("<TD ALIGN=LEFT COLSPAN=" + std::to_string(k) + ">");
-    file.WriteString("TOTAL");
-    file.WriteString("</TD>");
-    file.WriteString("<TD ALIGN=RIGHT>");
-    file.WriteString(HtmlValue(m_app.GetElapsedText(GetTimeTotal(kTotalKey))));
+    std::vector<std::string> values{HtmlValue(m_app.GetElapsedText(GetTimeTotal(kTotalKey)))};
     if (withAmounts)
-    {
-        file.WriteString("</TD> <TD ALIGN=RIGHT>");
-        file.WriteString(m_app.FormatCurrency(GetAmountTotal(kTotalKey)));
-    }
-    file.WriteString("</TD>");
-    file.WriteString("</TR>");
-    file.WriteString("\n");
+        values.push_back(m_app.FormatCurrency(GetAmountTotal(kTotalKey)));
+    WriteHtmlTotal(file, columns, k, values);
 }
 
 } // namespace reports

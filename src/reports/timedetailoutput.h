@@ -19,7 +19,6 @@ public:
 
     void ExportHead(CExportFile& file, int format) override;
     void ExportRows(CExportFile& file, int format) override;
-    void HtmlHead(CExportFile& file) override;
     void HtmlTable(CExportFile& file) override;
 
     // The running sums under a day key or "TOTAL"; zero when absent.
@@ -34,15 +33,13 @@ protected:
     std::vector<std::string> PageCells(const Line& line) const override;
     std::vector<std::string> TextBlocks(const Line& line) const override;
     bool HasTotals() const override { return true; }
-    std::vector<std::string> GroupTotalCells(const std::string& groupKey) const override;
-    std::vector<std::string> GrandTotalCells() const override;
+    std::string HtmlColumnTitle(const Column& column) const override;
+    std::vector<std::string> TotalCells(const std::string& key) const override;
 
 private:
-    bool Shown(uint32_t mask) const;
     // Column count and leading count of the HTML table.
     int HtmlColumns() const;
     int HtmlLeading() const;
-    std::vector<std::string> TotalCells(const std::string& key) const;
     std::string ActivityName(uint32_t id) const;
 
     std::map<std::string, CTinyElapsedTime> m_timeTotals;

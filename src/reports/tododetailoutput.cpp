@@ -18,8 +18,6 @@ constexpr uint32_t kNote = 0x100000;
 const CToDoEntry& ToDoOf(const CEntry* entry) { return static_cast<const CToDoEntry&>(*entry); }
 } // namespace
 
-bool CToDoDetailOutput::Shown(uint32_t mask) const { return m_report.TestField(mask); }
-
 CDateTime CToDoDetailOutput::CompleteDate(const Line& line) const
 {
     // A completed to-do is complete on the day it is filed under.
@@ -222,15 +220,6 @@ void CToDoDetailOutput::ExportRows(CExportFile& file, int format)
     }
 }
 
-void CToDoDetailOutput::HtmlHead(CExportFile& file)
-{
-    CReportOutput::HtmlHead(file);
-    std::vector<std::string> header;
-    for (const Column& column : PageColumns())
-        header.push_back(column.title);
-    WriteHtmlTableStart(file, header);
-}
-
 void CToDoDetailOutput::HtmlTable(CExportFile& file)
 {
     const int columns = static_cast<int>(PageColumns().size());
@@ -243,22 +232,17 @@ void CToDoDetailOutput::HtmlTable(CExportFile& file)
             WriteHtmlHeading(file, columns, l.heading);
 
         file.WriteString("<TR>");
-        auto cell = [&](const char* open, const std::string& value) {
-            file.WriteString(open);
-            file.WriteString(HtmlValue(value));
-            file.WriteString("</TD>");
-        };
         if (Shown(kTaskId))
-            cell("<TD NOWRAP>", l.task->GetEffectiveTaskId());
-        cell("<TD NOWRAP>", TaskDescription(l.task));
+            WriteHtmlCell(file, "<TD NOWRAP>", l.task->GetEffectiveTaskId());
+        WriteHtmlCell(file, "<TD NOWRAP>", TaskDescription(l.task));
         if (Shown(kStatus))
-            cell("<TD NOWRAP>", todo.GetStatusText(m_today));
+            WriteHtmlCell(file, "<TD NOWRAP>", todo.GetStatusText(m_today));
         if (Shown(kPriority))
-            cell("<TD ALIGN=CENTER NOWRAP>", todo.m_priority);
+            WriteHtmlCell(file, "<TD ALIGN=CENTER NOWRAP>", todo.m_priority);
         if (Shown(kDueDate))
-            cell("<TD NOWRAP>", DateText(todo.m_dueDate));
+            WriteHtmlCell(file, "<TD NOWRAP>", DateText(todo.m_dueDate));
         if (Shown(kCompleteDate))
-            cell("<TD NOWRAP>", DateText(CompleteDate(l)));
+            WriteHtmlCell(file, "<TD NOWRAP>", DateText(CompleteDate(l)));
         file.WriteString("</TR>");
         file.WriteString("\n");
 

@@ -18,7 +18,6 @@ public:
 
     void ExportHead(CExportFile& file, int format) override;
     void ExportRows(CExportFile& file, int format) override;
-    void HtmlHead(CExportFile& file) override;
     void HtmlTable(CExportFile& file) override;
 
 protected:
@@ -29,7 +28,6 @@ protected:
     bool HasTotals() const override { return false; }
 
 private:
-    bool Shown(uint32_t mask) const;
     bool Accepts(const CToDoEntry& todo, const CTask* task) const;
     // True when `n` sorts before `e` within a group.
     bool SortsBefore(const Line& n, const Line& e) const;
