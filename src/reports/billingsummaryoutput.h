@@ -2,8 +2,6 @@
 
 #include "reports/summaryoutput.h"
 
-#include "model/tinytime.h"
-
 namespace reports
 {
 
@@ -15,14 +13,10 @@ public:
 
 protected:
     std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CTimeExpenseSummary>(); }
-    void BeginGather() override;
     void GatherDay(const CDay& day, size_t period) override;
     std::vector<std::string> ValueTitles() const override { return {"Billing"}; }
     void GetCellTexts(const CSummaryRow& row, size_t period, TextUse use,
                       std::vector<std::string>& texts) const override;
-
-private:
-    CTinyTime m_runningEnd;
 };
 
 } // namespace reports

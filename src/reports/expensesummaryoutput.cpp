@@ -12,10 +12,8 @@ void CExpenseSummaryOutput::GatherDay(const CDay& day, size_t period)
     for (const auto& owned : day.ExpenseEntries())
     {
         const CExpenseEntry& entry = *owned;
-        const CTask* task = FindTask(entry.m_taskId);
-        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.m_billable)) ||
-            !PassesIdFilter(m_report.m_selectedExpenseTypes, entry.m_expenseTypeId) ||
-            !PassesIdFilter(m_report.m_selectedPaymentMethods, entry.m_paymentMethodId))
+        const CTask* task = AcceptedTask(entry);
+        if (!task)
             continue;
         const uint32_t catalogId = byMethod ? entry.m_paymentMethodId : entry.m_expenseTypeId;
         for (const Target& target : FindTargets(task, GroupRowKey(task, catalogId)))

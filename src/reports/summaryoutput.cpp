@@ -296,6 +296,27 @@ bool CSummaryOutput::PassesBillingFilter(bool billable) const
     return (m_report.m_includeBillable && billable) || (m_report.m_includeNonBillable && !billable);
 }
 
+const CTask* CSummaryOutput::AcceptedTask(const CTimeEntry& entry) const
+{
+    const CTask* task = FindTask(entry.m_taskId);
+    if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.IsEffectiveBillable(*task))) ||
+        !PassesIdFilter(m_report.m_selectedActivities, entry.m_activityId))
+        return nullptr;
+    return task;
+}
+
+const CTask* CSummaryOutput::AcceptedTask(const CExpenseEntry& entry) const
+{
+    const CTask* task = FindTask(entry.m_taskId);
+    if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.m_billable)) ||
+        !PassesIdFilter(m_report.m_selectedExpenseTypes, entry.m_expenseTypeId) ||
+        !PassesIdFilter(m_report.m_selectedPaymentMethods, entry.m_paymentMethodId))
+        return nullptr;
+    return task;
+}
+
+void CSummaryOutput::BeginGather() { m_runningEnd = m_doc.RunningEnd(); }
+
 bool CSummaryOutput::PassesIdFilter(const std::vector<uint32_t>& ids, uint32_t id) const
 {
     return IdFilterIsAll(ids) || IdFilterHas(ids, id);

@@ -12,7 +12,9 @@
 #include <vector>
 
 class CDay;
+class CExpenseEntry;
 class CTask;
+class CTimeEntry;
 
 namespace reports
 {
@@ -73,8 +75,8 @@ protected:
     };
 
     virtual std::unique_ptr<CSummaryRow> NewRow() const = 0;
-    // Called once before the days are gathered.
-    virtual void BeginGather() {}
+    // Called once before the days are gathered; takes the end of a running entry.
+    virtual void BeginGather();
     // Adds the day's entries to the rows; `period` is the day's period index.
     virtual void GatherDay(const CDay& day, size_t period) = 0;
     // Titles of the values each period holds, in the delimited export.
@@ -104,6 +106,10 @@ protected:
     bool BillingFilterActive() const;
     bool PassesBillingFilter(bool billable) const;
     bool PassesIdFilter(const std::vector<uint32_t>& ids, uint32_t id) const;
+    // The entry's task when the entry passes the billing filter and the catalog
+    // filters of its kind; none otherwise.
+    const CTask* AcceptedTask(const CTimeEntry& entry) const;
+    const CTask* AcceptedTask(const CExpenseEntry& entry) const;
     // The grouping row that an entry of `task` with the catalog record `catalogId`
     // (activity, expense type or payment method) joins.
     int64_t GroupRowKey(const CTask* task, uint32_t catalogId) const;
@@ -131,6 +137,7 @@ protected:
     std::vector<int64_t> m_order;
     std::vector<CBucket> m_periods;
     bool m_hasTotalPeriod = false;
+    CTinyTime m_runningEnd;
 
 private:
     void BuildTaskRows();

@@ -6,16 +6,13 @@
 namespace reports
 {
 
-void CTimeExpenseSummaryOutput::BeginGather() { m_runningEnd = m_doc.RunningEnd(); }
-
 void CTimeExpenseSummaryOutput::GatherDay(const CDay& day, size_t period)
 {
     for (const auto& owned : day.TimeEntries())
     {
         const CTimeEntry& entry = *owned;
-        const CTask* task = FindTask(entry.m_taskId);
-        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.IsEffectiveBillable(*task))) ||
-            !PassesIdFilter(m_report.m_selectedActivities, entry.m_activityId))
+        const CTask* task = AcceptedTask(entry);
+        if (!task)
             continue;
         const CTinyElapsedTime elapsed = entry.GetElapsed(m_runningEnd);
         const double rate = entry.GetEffectiveRate(*task);
@@ -32,10 +29,8 @@ void CTimeExpenseSummaryOutput::GatherDay(const CDay& day, size_t period)
     for (const auto& owned : day.ExpenseEntries())
     {
         const CExpenseEntry& entry = *owned;
-        const CTask* task = FindTask(entry.m_taskId);
-        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.m_billable)) ||
-            !PassesIdFilter(m_report.m_selectedExpenseTypes, entry.m_expenseTypeId) ||
-            !PassesIdFilter(m_report.m_selectedPaymentMethods, entry.m_paymentMethodId))
+        const CTask* task = AcceptedTask(entry);
+        if (!task)
             continue;
         for (const Target& target : FindTargets(task, GroupRowKey(task, 0)))
         {

@@ -2,8 +2,6 @@
 
 #include "reports/summaryoutput.h"
 
-#include "model/tinytime.h"
-
 namespace reports
 {
 
@@ -17,7 +15,6 @@ public:
 
 protected:
     std::unique_ptr<CSummaryRow> NewRow() const override { return std::make_unique<CTimeExpenseSummary>(); }
-    void BeginGather() override;
     void GatherDay(const CDay& day, size_t period) override;
     std::vector<std::string> ValueTitles() const override { return {"Time", "Expense"}; }
     std::vector<std::string> PeriodSubTitles() const override { return {"Time", "Expense"}; }
@@ -27,9 +24,6 @@ protected:
     std::vector<std::string> EstimateTitles() const override { return {"TimeEstimate", "CostEstimate"}; }
     std::vector<std::string> EstimateTexts(const CTask& task, TextUse use) const override;
     void WriteHtmlHeaderRows(CExportFile& file) override;
-
-private:
-    CTinyTime m_runningEnd;
 };
 
 } // namespace reports

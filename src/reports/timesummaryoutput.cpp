@@ -6,16 +6,13 @@
 namespace reports
 {
 
-void CTimeSummaryOutput::BeginGather() { m_runningEnd = m_doc.RunningEnd(); }
-
 void CTimeSummaryOutput::GatherDay(const CDay& day, size_t period)
 {
     for (const auto& owned : day.TimeEntries())
     {
         const CTimeEntry& entry = *owned;
-        const CTask* task = FindTask(entry.m_taskId);
-        if (!task || (BillingFilterActive() && !PassesBillingFilter(entry.IsEffectiveBillable(*task))) ||
-            !PassesIdFilter(m_report.m_selectedActivities, entry.m_activityId))
+        const CTask* task = AcceptedTask(entry);
+        if (!task)
             continue;
         const CTinyElapsedTime elapsed = entry.GetElapsed(m_runningEnd);
         const double rate = entry.GetEffectiveRate(*task);
