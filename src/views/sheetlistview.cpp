@@ -649,40 +649,34 @@ std::vector<void*> CSheetListView::SelectedRecords() const
     return records;
 }
 
+template <class T>
+std::vector<T*> CSheetListView::SelectedOfKind(Kind kind) const
+{
+    std::vector<T*> out;
+    if (PageKind() == kind)
+        for (void* r : SelectedRecords())
+            out.push_back(static_cast<T*>(r));
+    return out;
+}
+
 std::vector<CTimeEntry*> CSheetListView::SelectedTimeEntries() const
 {
-    std::vector<CTimeEntry*> out;
-    if (PageKind() == Kind::time)
-        for (void* r : SelectedRecords())
-            out.push_back(static_cast<CTimeEntry*>(r));
-    return out;
+    return SelectedOfKind<CTimeEntry>(Kind::time);
 }
 
 std::vector<CExpenseEntry*> CSheetListView::SelectedExpenses() const
 {
-    std::vector<CExpenseEntry*> out;
-    if (PageKind() == Kind::expense)
-        for (void* r : SelectedRecords())
-            out.push_back(static_cast<CExpenseEntry*>(r));
-    return out;
+    return SelectedOfKind<CExpenseEntry>(Kind::expense);
 }
 
 std::vector<CToDoEntry*> CSheetListView::SelectedToDos() const
 {
-    std::vector<CToDoEntry*> out;
-    if (PageKind() == Kind::todo)
-        for (void* r : SelectedRecords())
-            out.push_back(static_cast<CToDoEntry*>(r));
-    return out;
+    return SelectedOfKind<CToDoEntry>(Kind::todo);
 }
 
 std::vector<CReport*> CSheetListView::SelectedReports() const
 {
-    std::vector<CReport*> out;
-    if (PageKind() == Kind::report)
-        for (void* r : SelectedRecords())
-            out.push_back(static_cast<CReport*>(r));
-    return out;
+    return SelectedOfKind<CReport>(Kind::report);
 }
 
 int CSheetListView::RowCount() const

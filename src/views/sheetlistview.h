@@ -150,6 +150,9 @@ private:
     // The record behind a row, checked against what the page shows now.
     void* RowRecord(QTreeWidgetItem* item) const;
     std::vector<void*> SelectedRecords() const;
+    // The selected records when the page lists records of `kind`, else none.
+    template <class T>
+    std::vector<T*> SelectedOfKind(Kind kind) const;
     CTask* TaskOfSelection() const;
     CTask* TaskOfRecord(void* record) const;
     void OnPageChanged(int page);
