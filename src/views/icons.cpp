@@ -105,6 +105,20 @@ QPixmap DrawClock(Timer state, int size)
     return pixmap;
 }
 
+// A gold coin marked "$" in `box`.
+void DrawCoin(QPainter& p, const QRectF& box, double penWidth, double fontPixels)
+{
+    p.setPen(QPen(QColor(0x8a, 0x6d, 0x00), penWidth));
+    p.setBrush(QColor(0xf2, 0xc2, 0x2e));
+    p.drawEllipse(box);
+    QFont font(QStringLiteral("Sans"));
+    font.setBold(true);
+    font.setPixelSize(std::max(1, int(fontPixels)));
+    p.setFont(font);
+    p.setPen(QColor(0x6a, 0x50, 0x00));
+    p.drawText(box, Qt::AlignCenter, QStringLiteral("$"));
+}
+
 QIcon FromPainter(const std::function<QPixmap(int)>& draw)
 {
     QIcon icon;
@@ -156,15 +170,7 @@ QIcon AppIcon()
         p.setRenderHint(QPainter::Antialiasing);
         const double s = size / 32.0;
         // A coin at the lower right: time and expenses.
-        p.setPen(QPen(QColor(0x8a, 0x6d, 0x00), 1.2 * s));
-        p.setBrush(QColor(0xf2, 0xc2, 0x2e));
-        p.drawEllipse(QRectF(19 * s, 19 * s, 12 * s, 12 * s));
-        QFont font(QStringLiteral("Sans"));
-        font.setBold(true);
-        font.setPixelSize(std::max(1, int(9 * s)));
-        p.setFont(font);
-        p.setPen(QColor(0x6a, 0x50, 0x00));
-        p.drawText(QRectF(19 * s, 19 * s, 12 * s, 12 * s), Qt::AlignCenter, QStringLiteral("$"));
+        DrawCoin(p, QRectF(19 * s, 19 * s, 12 * s, 12 * s), 1.2 * s, 9 * s);
         return clock;
     });
 }
@@ -197,15 +203,7 @@ QIcon ExpenseIcon()
         QPainter p(&pixmap);
         p.setRenderHint(QPainter::Antialiasing);
         const double s = size / 32.0;
-        p.setPen(QPen(QColor(0x8a, 0x6d, 0x00), 1.5 * s));
-        p.setBrush(QColor(0xf2, 0xc2, 0x2e));
-        p.drawEllipse(QRectF(3 * s, 3 * s, 26 * s, 26 * s));
-        QFont font(QStringLiteral("Sans"));
-        font.setBold(true);
-        font.setPixelSize(std::max(1, int(18 * s)));
-        p.setFont(font);
-        p.setPen(QColor(0x6a, 0x50, 0x00));
-        p.drawText(QRectF(3 * s, 3 * s, 26 * s, 26 * s), Qt::AlignCenter, QStringLiteral("$"));
+        DrawCoin(p, QRectF(3 * s, 3 * s, 26 * s, 26 * s), 1.5 * s, 18 * s);
         return pixmap;
     });
     return icon;
