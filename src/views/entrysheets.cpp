@@ -56,6 +56,17 @@ double MileageAmount(int distance, float rate)
 namespace
 {
 
+// Stores a copy of `draft` as a new contact under the document's lock; answers its id.
+uint32_t AddContactFrom(CTimeKeeperDoc& doc, CContact draft)
+{
+    std::lock_guard lock(doc.GetLock());
+    CContact* contact = doc.AddContact();
+    draft.m_id = contact->m_id;
+    *contact = draft;
+    doc.SetModifiedFlag(true);
+    return contact->m_id;
+}
+
 QString LeftTrimmed(const QString& s)
 {
     qsizetype i = 0;
@@ -762,15 +773,7 @@ void CTaskProperties::NewContact()
     doc.m_editorOpen = true;
     if (!accepted)
         return;
-    uint32_t id = 0;
-    {
-        std::lock_guard lock(doc.GetLock());
-        CContact* contact = doc.AddContact();
-        id = contact->m_id;
-        draft.m_id = id;
-        *contact = draft;
-        doc.SetModifiedFlag(true);
-    }
+    const uint32_t id = AddContactFrom(doc, draft);
     FillContacts(id);
 }
 
@@ -959,15 +962,7 @@ void CContactsDlg::NewContact(bool copySelected)
     CContactSheet sheet(m_frame, draft, this);
     if (sheet.exec() != QDialog::Accepted)
         return;
-    uint32_t id = 0;
-    {
-        std::lock_guard lock(doc.GetLock());
-        CContact* contact = doc.AddContact();
-        id = contact->m_id;
-        draft.m_id = id;
-        *contact = draft;
-        doc.SetModifiedFlag(true);
-    }
+    const uint32_t id = AddContactFrom(doc, draft);
     Fill(id);
 }
 
