@@ -71,6 +71,14 @@ void AdviseHugePages(void* data, size_t size)
         madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
 }
 
+// The record a map of owned records holds under `key`, or null.
+template <class Map, class Key>
+auto FindOwned(const Map& map, const Key& key) -> decltype(map.begin()->second.get())
+{
+    auto it = map.find(key);
+    return it == map.end() ? nullptr : it->second.get();
+}
+
 bool InRange(const std::string& key, const std::string& fromKey, const std::string& toKey)
 {
     return (fromKey.empty() || key >= fromKey) && (toKey.empty() || key <= toKey);
@@ -834,15 +842,13 @@ std::unordered_set<uint32_t> CTimeKeeperDoc::GetSubtreeIds(const std::vector<uin
 CTask* CTimeKeeperDoc::GetTask(uint32_t id) const
 {
     Lock lock(m_lock);
-    auto it = m_tasks.find(id);
-    return it == m_tasks.end() ? nullptr : it->second.get();
+    return FindOwned(m_tasks, id);
 }
 
 CDay* CTimeKeeperDoc::GetDay(const std::string& key) const
 {
     Lock lock(m_lock);
-    auto it = m_days.find(key);
-    return it == m_days.end() ? nullptr : it->second.get();
+    return FindOwned(m_days, key);
 }
 
 CDay* CTimeKeeperDoc::GetOrCreateDay(const CDateTime& date)
@@ -871,36 +877,31 @@ void CTimeKeeperDoc::RemoveDayIfEmpty(CDay* day)
 CActivity* CTimeKeeperDoc::GetActivity(uint32_t id) const
 {
     Lock lock(m_lock);
-    auto it = m_activities.find(id);
-    return it == m_activities.end() ? nullptr : it->second.get();
+    return FindOwned(m_activities, id);
 }
 
 CExpenseType* CTimeKeeperDoc::GetExpenseType(uint32_t id) const
 {
     Lock lock(m_lock);
-    auto it = m_expenseTypes.find(id);
-    return it == m_expenseTypes.end() ? nullptr : it->second.get();
+    return FindOwned(m_expenseTypes, id);
 }
 
 CPaymentMethod* CTimeKeeperDoc::GetPaymentMethod(uint32_t id) const
 {
     Lock lock(m_lock);
-    auto it = m_paymentMethods.find(id);
-    return it == m_paymentMethods.end() ? nullptr : it->second.get();
+    return FindOwned(m_paymentMethods, id);
 }
 
 CContact* CTimeKeeperDoc::GetContact(uint32_t id) const
 {
     Lock lock(m_lock);
-    auto it = m_contacts.find(id);
-    return it == m_contacts.end() ? nullptr : it->second.get();
+    return FindOwned(m_contacts, id);
 }
 
 CProject* CTimeKeeperDoc::GetProject(uint32_t id) const
 {
     Lock lock(m_lock);
-    auto it = m_projects.find(id);
-    return it == m_projects.end() ? nullptr : it->second.get();
+    return FindOwned(m_projects, id);
 }
 
 CReport* CTimeKeeperDoc::GetReport(uint32_t id) const
@@ -1178,43 +1179,34 @@ void CTimeKeeperDoc::SetTaskInactive(CTask* task, bool inactive)
     UpdateAllViews(hintTasks);
 }
 
-CActivity* CTimeKeeperDoc::AddActivity(const std::string& name)
+template <class T>
+T* CTimeKeeperDoc::AddNamedRecord(std::map<uint32_t, std::unique_ptr<T>>& catalog, uint32_t& lastId,
+                                  const std::string& name)
 {
     Lock lock(m_lock);
-    auto record = std::make_unique<CActivity>();
-    record->m_id = ++m_lastActivityId;
+    auto record = std::make_unique<T>();
+    record->m_id = ++lastId;
     record->m_name = name;
-    CActivity* raw = record.get();
-    m_activities[raw->m_id] = std::move(record);
+    T* raw = record.get();
+    catalog[raw->m_id] = std::move(record);
     SetModifiedFlag();
     UpdateAllViews(hintCatalogs);
     return raw;
+}
+
+CActivity* CTimeKeeperDoc::AddActivity(const std::string& name)
+{
+    return AddNamedRecord(m_activities, m_lastActivityId, name);
 }
 
 CExpenseType* CTimeKeeperDoc::AddExpenseType(const std::string& name)
 {
-    Lock lock(m_lock);
-    auto record = std::make_unique<CExpenseType>();
-    record->m_id = ++m_lastExpenseTypeId;
-    record->m_name = name;
-    CExpenseType* raw = record.get();
-    m_expenseTypes[raw->m_id] = std::move(record);
-    SetModifiedFlag();
-    UpdateAllViews(hintCatalogs);
-    return raw;
+    return AddNamedRecord(m_expenseTypes, m_lastExpenseTypeId, name);
 }
 
 CPaymentMethod* CTimeKeeperDoc::AddPaymentMethod(const std::string& name)
 {
-    Lock lock(m_lock);
-    auto record = std::make_unique<CPaymentMethod>();
-    record->m_id = ++m_lastPaymentMethodId;
-    record->m_name = name;
-    CPaymentMethod* raw = record.get();
-    m_paymentMethods[raw->m_id] = std::move(record);
-    SetModifiedFlag();
-    UpdateAllViews(hintCatalogs);
-    return raw;
+    return AddNamedRecord(m_paymentMethods, m_lastPaymentMethodId, name);
 }
 
 CContact* CTimeKeeperDoc::AddContact()
@@ -1241,55 +1233,43 @@ CReport* CTimeKeeperDoc::AddReport(CReport::Kind kind)
     return raw;
 }
 
-bool CTimeKeeperDoc::DeleteActivity(uint32_t id, platform::Prompter& prompter)
+template <class T>
+bool CTimeKeeperDoc::DeleteNamedRecord(std::map<uint32_t, std::unique_ptr<T>>& catalog, uint32_t id,
+                                       unsigned questionId, unsigned detailId,
+                                       platform::Prompter& prompter)
 {
     using platform::LoadString;
-    const CActivity* record = GetActivity(id);
-    if (!record)
-        return false;
-    const std::string name = record->m_name;
-    if (prompter.AskYesNo(LoadString(41010) + name + "?" + LoadString(41015) + name +
+    std::string name;
+    {
+        Lock lock(m_lock);
+        const T* record = FindOwned(catalog, id);
+        if (!record)
+            return false;
+        name = record->m_name;
+    }
+    if (prompter.AskYesNo(LoadString(questionId) + name + "?" + LoadString(detailId) + name +
                           LoadString(41014)) != platform::Answer::yes)
         return false;
     Lock lock(m_lock);
-    m_activities.erase(id);
+    catalog.erase(id);
     SetModifiedFlag();
     UpdateAllViews(hintCatalogs);
     return true;
+}
+
+bool CTimeKeeperDoc::DeleteActivity(uint32_t id, platform::Prompter& prompter)
+{
+    return DeleteNamedRecord(m_activities, id, 41010, 41015, prompter);
 }
 
 bool CTimeKeeperDoc::DeleteExpenseType(uint32_t id, platform::Prompter& prompter)
 {
-    using platform::LoadString;
-    const CExpenseType* record = GetExpenseType(id);
-    if (!record)
-        return false;
-    const std::string name = record->m_name;
-    if (prompter.AskYesNo(LoadString(41011) + name + "?" + LoadString(41016) + name +
-                          LoadString(41014)) != platform::Answer::yes)
-        return false;
-    Lock lock(m_lock);
-    m_expenseTypes.erase(id);
-    SetModifiedFlag();
-    UpdateAllViews(hintCatalogs);
-    return true;
+    return DeleteNamedRecord(m_expenseTypes, id, 41011, 41016, prompter);
 }
 
 bool CTimeKeeperDoc::DeletePaymentMethod(uint32_t id, platform::Prompter& prompter)
 {
-    using platform::LoadString;
-    const CPaymentMethod* record = GetPaymentMethod(id);
-    if (!record)
-        return false;
-    const std::string name = record->m_name;
-    if (prompter.AskYesNo(LoadString(41012) + name + "?" + LoadString(41013) + name +
-                          LoadString(41014)) != platform::Answer::yes)
-        return false;
-    Lock lock(m_lock);
-    m_paymentMethods.erase(id);
-    SetModifiedFlag();
-    UpdateAllViews(hintCatalogs);
-    return true;
+    return DeleteNamedRecord(m_paymentMethods, id, 41012, 41013, prompter);
 }
 
 bool CTimeKeeperDoc::DeleteContact(uint32_t id, platform::Prompter& prompter)

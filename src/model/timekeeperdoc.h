@@ -251,6 +251,13 @@ private:
     CTask* OwnerForRead(CEntry& entry);
     // Takes destroyed entries out of their tasks' lists, all at once.
     void DetachFromTasks(const std::vector<std::unique_ptr<CEntry>>& entries);
+    // Activities, expense types and payment methods are kept and removed alike.
+    template <class T>
+    T* AddNamedRecord(std::map<uint32_t, std::unique_ptr<T>>& catalog, uint32_t& lastId,
+                      const std::string& name);
+    template <class T>
+    bool DeleteNamedRecord(std::map<uint32_t, std::unique_ptr<T>>& catalog, uint32_t id,
+                           unsigned questionId, unsigned detailId, platform::Prompter& prompter);
 
     LoadResult m_lastLoad;
     // Reading: the last task looked up (entries of one task tend to come together).
