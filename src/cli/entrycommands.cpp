@@ -195,15 +195,16 @@ int TimeAdd(Context& ctx)
     return 0;
 }
 
-int TimeRemove(Context& ctx)
+// Deletes the chosen rows of the page of `kind` on one day, as the page's delete does.
+int RemoveEntries(Context& ctx, EntryKind kind)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 1000, {"date"});
     const CDateTime date = RequiredDate(args, "date");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    const std::vector<CEntry*> rows = SelectRows(
-        s, EntryKind::time, date, {args.Positional().begin() + 1, args.Positional().end()});
-    if (!ConfirmDelete(s, EntryKind::time, rows.size()))
+    const std::vector<CEntry*> rows =
+        SelectRows(s, kind, date, {args.Positional().begin() + 1, args.Positional().end()});
+    if (!ConfirmDelete(s, kind, rows.size()))
     {
         std::cout << "Nothing deleted\n";
         return 0;
@@ -212,12 +213,29 @@ int TimeRemove(Context& ctx)
         std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
         CDay* day = s.Doc().GetDay(date);
         for (CEntry* e : rows)
-            s.Doc().UnfileTimeEntry(static_cast<CTimeEntry*>(e));
+            switch (kind)
+            {
+            case EntryKind::time:
+                s.Doc().UnfileTimeEntry(static_cast<CTimeEntry*>(e));
+                break;
+            case EntryKind::expense:
+                s.Doc().UnfileExpenseEntry(static_cast<CExpenseEntry*>(e));
+                break;
+            case EntryKind::todo:
+                s.Doc().UnfileToDo(static_cast<CToDoEntry*>(e));
+                break;
+            }
         s.Doc().RemoveDayIfEmpty(day);
     }
     s.Save();
-    std::cout << "Deleted " << rows.size() << (rows.size() == 1 ? " time entry" : " time entries")
-              << " of " << date.Format("%Y-%m-%d") << "\n";
+    const bool one = rows.size() == 1;
+    const char* noun = kind == EntryKind::time      ? (one ? " time entry" : " time entries")
+                       : kind == EntryKind::expense ? (one ? " expense entry" : " expense entries")
+                                                    : (one ? " to-do entry" : " to-do entries");
+    std::cout << "Deleted " << rows.size() << noun;
+    if (kind != EntryKind::todo)
+        std::cout << " of " << date.Format("%Y-%m-%d");
+    std::cout << "\n";
     return 0;
 }
 
@@ -319,33 +337,6 @@ int ExpenseAdd(Context& ctx)
     s.Save();
     std::cout << "Added " << type->m_name << " " << s.App().FormatCurrency(amount) << " on "
               << date.Format("%Y-%m-%d") << " to " << s.TaskPath(task) << "\n";
-    return 0;
-}
-
-int ExpenseRemove(Context& ctx)
-{
-    Args args(ctx.argv, {});
-    args.Expect(2, 1000, {"date"});
-    const CDateTime date = RequiredDate(args, "date");
-    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    const std::vector<CEntry*> rows = SelectRows(
-        s, EntryKind::expense, date, {args.Positional().begin() + 1, args.Positional().end()});
-    if (!ConfirmDelete(s, EntryKind::expense, rows.size()))
-    {
-        std::cout << "Nothing deleted\n";
-        return 0;
-    }
-    {
-        std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
-        CDay* day = s.Doc().GetDay(date);
-        for (CEntry* e : rows)
-            s.Doc().UnfileExpenseEntry(static_cast<CExpenseEntry*>(e));
-        s.Doc().RemoveDayIfEmpty(day);
-    }
-    s.Save();
-    std::cout << "Deleted " << rows.size()
-              << (rows.size() == 1 ? " expense entry" : " expense entries") << " of "
-              << date.Format("%Y-%m-%d") << "\n";
     return 0;
 }
 
@@ -482,32 +473,6 @@ int ToDoReopen(Context& ctx)
     return 0;
 }
 
-int ToDoRemove(Context& ctx)
-{
-    Args args(ctx.argv, {});
-    args.Expect(2, 1000, {"date"});
-    const CDateTime date = RequiredDate(args, "date");
-    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    const std::vector<CEntry*> rows = SelectRows(
-        s, EntryKind::todo, date, {args.Positional().begin() + 1, args.Positional().end()});
-    if (!ConfirmDelete(s, EntryKind::todo, rows.size()))
-    {
-        std::cout << "Nothing deleted\n";
-        return 0;
-    }
-    {
-        std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
-        CDay* day = s.Doc().GetDay(date);
-        for (CEntry* e : rows)
-            s.Doc().UnfileToDo(static_cast<CToDoEntry*>(e));
-        s.Doc().RemoveDayIfEmpty(day);
-    }
-    s.Save();
-    std::cout << "Deleted " << rows.size() << (rows.size() == 1 ? " to-do entry" : " to-do entries")
-              << "\n";
-    return 0;
-}
-
 int ToDoMove(Context& ctx)
 {
     Args args(ctx.argv, {});
@@ -570,7 +535,8 @@ void RegisterEntryCommands(CommandTable& table)
                "add a time entry; overlaps are resolved as --on-conflict says (or asked)",
                TimeAdd});
     table.Add({"time rm", "FILE --date DATE N...",
-               "delete time entries (rows of qvx entries --date)", TimeRemove});
+               "delete time entries (rows of qvx entries --date)",
+               [](Context& ctx) { return RemoveEntries(ctx, EntryKind::time); }});
     table.Add({"time move", "FILE --date DATE N --task TASK", "give a time entry to another task",
                TimeMove});
     table.Add(
@@ -578,7 +544,8 @@ void RegisterEntryCommands(CommandTable& table)
          "FILE TASK --date DATE (--amount X | --distance N [--rate R]) --type NAME [--method NAME] "
          "[--billable yes|no] [--number N] [--note TEXT]",
          "add an expense entry (the mileage type takes a distance)", ExpenseAdd});
-    table.Add({"expense rm", "FILE --date DATE N...", "delete expense entries", ExpenseRemove});
+    table.Add({"expense rm", "FILE --date DATE N...", "delete expense entries",
+               [](Context& ctx) { return RemoveEntries(ctx, EntryKind::expense); }});
     table.Add({"expense move", "FILE --date DATE N (--to DATE | --task TASK)",
                "move an expense entry to another day or task", ExpenseMove});
     table.Add({"todo add", "FILE TASK DESCRIPTION [--due DATE] [--priority 1-9|A-Z] [--note TEXT]",
@@ -588,7 +555,8 @@ void RegisterEntryCommands(CommandTable& table)
                ToDoComplete});
     table.Add({"todo reopen", "FILE --date DATE N", "make a completed to-do outstanding again",
                ToDoReopen});
-    table.Add({"todo rm", "FILE --date DATE N...", "delete to-do entries", ToDoRemove});
+    table.Add({"todo rm", "FILE --date DATE N...", "delete to-do entries",
+               [](Context& ctx) { return RemoveEntries(ctx, EntryKind::todo); }});
     table.Add({"todo move", "FILE --date DATE N --task TASK", "give a to-do entry to another task",
                ToDoMove});
     table.Add({"entries", "FILE (--date DATE | --task TASK) [--kind time|expense|todo]",
