@@ -99,60 +99,33 @@ JsonWriter& JsonWriter::String(std::string_view s)
     return *this;
 }
 
-JsonWriter& JsonWriter::Int(int64_t v)
+JsonWriter& JsonWriter::Literal(std::string_view text)
 {
     BeforeValue();
-    m_out += std::to_string(v);
+    m_out += text;
     m_needComma = true;
     return *this;
 }
 
-JsonWriter& JsonWriter::UInt(uint64_t v)
-{
-    BeforeValue();
-    m_out += std::to_string(v);
-    m_needComma = true;
-    return *this;
-}
-
-JsonWriter& JsonWriter::Double(double v)
+template <class T> JsonWriter& JsonWriter::Floating(T v)
 {
     if (!std::isfinite(v))
         return Null();
-    BeforeValue();
     char buf[32];
     auto res = std::to_chars(buf, buf + sizeof buf, v);
-    m_out.append(buf, res.ptr);
-    m_needComma = true;
-    return *this;
+    return Literal(std::string_view(buf, size_t(res.ptr - buf)));
 }
 
-JsonWriter& JsonWriter::Float(float v)
-{
-    if (!std::isfinite(v))
-        return Null();
-    BeforeValue();
-    char buf[32];
-    auto res = std::to_chars(buf, buf + sizeof buf, v);
-    m_out.append(buf, res.ptr);
-    m_needComma = true;
-    return *this;
-}
+JsonWriter& JsonWriter::Int(int64_t v) { return Literal(std::to_string(v)); }
 
-JsonWriter& JsonWriter::Bool(bool v)
-{
-    BeforeValue();
-    m_out += v ? "true" : "false";
-    m_needComma = true;
-    return *this;
-}
+JsonWriter& JsonWriter::UInt(uint64_t v) { return Literal(std::to_string(v)); }
 
-JsonWriter& JsonWriter::Null()
-{
-    BeforeValue();
-    m_out += "null";
-    m_needComma = true;
-    return *this;
-}
+JsonWriter& JsonWriter::Double(double v) { return Floating(v); }
+
+JsonWriter& JsonWriter::Float(float v) { return Floating(v); }
+
+JsonWriter& JsonWriter::Bool(bool v) { return Literal(v ? "true" : "false"); }
+
+JsonWriter& JsonWriter::Null() { return Literal("null"); }
 
 } // namespace cli

@@ -32,6 +32,10 @@ public:
 
 private:
     void BeforeValue();
+    // A value written as given: a number, true, false or null.
+    JsonWriter& Literal(std::string_view text);
+    // Shortest text that reads back as `v`; null where `v` is not finite.
+    template <class T> JsonWriter& Floating(T v);
 
     std::string m_out;
     bool m_needComma = false;
