@@ -40,15 +40,6 @@ T* Field(QDialog* dialog, const char* name)
     return field;
 }
 
-QStringList Texts(const QMenu& menu)
-{
-    QStringList texts;
-    for (QAction* a : menu.actions())
-        if (!a->isSeparator())
-            texts.append(a->text());
-    return texts;
-}
-
 } // namespace
 
 class TestEntryLists : public QObject

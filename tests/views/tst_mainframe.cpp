@@ -41,15 +41,6 @@ QAction* FindAction(QMenu& menu, const QString& text)
     return nullptr;
 }
 
-QStringList Texts(const QMenu& menu)
-{
-    QStringList texts;
-    for (QAction* a : menu.actions())
-        if (!a->isSeparator())
-            texts.append(a->text());
-    return texts;
-}
-
 } // namespace
 
 class TestMainFrame : public QObject

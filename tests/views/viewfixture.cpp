@@ -1,11 +1,22 @@
 #include "viewfixture.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
+#include <QMenu>
 #include <QTest>
 #include <QTimer>
 
 #include <mutex>
+
+QStringList Texts(const QMenu& menu)
+{
+    QStringList texts;
+    for (QAction* a : menu.actions())
+        if (!a->isSeparator())
+            texts.append(a->text());
+    return texts;
+}
 
 ViewFixture::ViewFixture() : clock(platform::LocalTime{2024, 3, 13, 9, 0, 0})
 {

@@ -16,6 +16,10 @@
 #include <memory>
 
 class QDialog;
+class QMenu;
+
+// The texts of a menu's actions, separators left out.
+QStringList Texts(const QMenu& menu);
 
 // The main window with its questions answered by the test: the employee name and
 // the file names that the dialogs would ask for, and the Archive dialog's choices.
