@@ -97,6 +97,16 @@ std::unique_ptr<CToDoEntry> MakeToDo(const CTask* task, std::string description,
     return e;
 }
 
+CReport* AddReport(CTimeKeeperDoc& doc, CReport::Kind kind, const char* name,
+                   CReport::Preset preset, const CTask* over)
+{
+    CReport* report = doc.AddReport(kind);
+    report->m_name = name;
+    report->m_preset = preset;
+    report->m_selectedTasks = {over->m_id};
+    return report;
+}
+
 bool IsWorkingDay(const CDateTime& day)
 {
     const int dow = day.GetDayOfWeek();
@@ -318,32 +328,20 @@ void MakeDemoDocument(CTimeKeeperDoc& doc, const CDateTime& today, const std::st
         doc.FileCompletedToDo(doc.GetOrCreateDay(date), std::move(todo));
     }
 
-    CReport* week = doc.AddReport(CReport::timeDetail);
-    week->m_name = "This Week's Time";
-    week->m_preset = CReport::currentWeek;
-    week->m_selectedTasks = {root->m_id};
+    CReport* week =
+        AddReport(doc, CReport::timeDetail, "This Week's Time", CReport::currentWeek, root);
     week->m_fieldFlags = CReport::fieldNote;
-    CReport* month = doc.AddReport(CReport::timeSummary);
-    month->m_name = "Hours by Client";
-    month->m_preset = CReport::currentMonth;
-    month->m_selectedTasks = {root->m_id};
+    CReport* month =
+        AddReport(doc, CReport::timeSummary, "Hours by Client", CReport::currentMonth, root);
     month->m_summarizeLevel = 1;
     month->m_showTotals = true;
     month->m_rollup = true;
-    CReport* expenses = doc.AddReport(CReport::expenseDetail);
-    expenses->m_name = "Expenses Last Month";
-    expenses->m_preset = CReport::previousMonth;
-    expenses->m_selectedTasks = {root->m_id};
-    CReport* todos = doc.AddReport(CReport::todoDetail);
-    todos->m_name = "Open To Dos";
-    todos->m_preset = CReport::allDates;
-    todos->m_selectedTasks = {root->m_id};
+    AddReport(doc, CReport::expenseDetail, "Expenses Last Month", CReport::previousMonth, root);
+    CReport* todos = AddReport(doc, CReport::todoDetail, "Open To Dos", CReport::allDates, root);
     todos->m_includeBillable = true;
     todos->m_includeNonBillable = false;
-    CReport* invoice = doc.AddReport(CReport::invoice);
-    invoice->m_name = "Bellweather Foods Invoice";
-    invoice->m_preset = CReport::previousMonth;
-    invoice->m_selectedTasks = {bellweather->m_id};
+    CReport* invoice = AddReport(doc, CReport::invoice, "Bellweather Foods Invoice",
+                                 CReport::previousMonth, bellweather);
     invoice->m_summarizeLevel = 2;
     invoice->m_recipient =
         "Bellweather Foods\nAttn: Dana Okafor\n41 Mill Street\nSpringvale, OR 97301";
@@ -517,14 +515,9 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
     for (auto& todo : open)
         doc.AddOutstandingToDo(std::move(todo));
 
-    CReport* detail = doc.AddReport(CReport::timeDetail);
-    detail->m_name = "Time This Month";
-    detail->m_preset = CReport::currentMonth;
-    detail->m_selectedTasks = {root->m_id};
-    CReport* summary = doc.AddReport(CReport::timeSummary);
-    summary->m_name = "Weekly Hours by Project";
-    summary->m_preset = CReport::allDates;
-    summary->m_selectedTasks = {root->m_id};
+    AddReport(doc, CReport::timeDetail, "Time This Month", CReport::currentMonth, root);
+    CReport* summary =
+        AddReport(doc, CReport::timeSummary, "Weekly Hours by Project", CReport::allDates, root);
     summary->m_summarizeLevel = 2;
     summary->m_timeFrame = CReport::frameWeek;
     summary->m_showTotals = true;
