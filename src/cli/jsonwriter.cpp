@@ -116,16 +116,34 @@ template <class T> JsonWriter& JsonWriter::Floating(T v)
     return Literal(std::string_view(buf, size_t(res.ptr - buf)));
 }
 
-JsonWriter& JsonWriter::Int(int64_t v) { return Literal(std::to_string(v)); }
+JsonWriter& JsonWriter::Int(int64_t v)
+{
+    return Literal(std::to_string(v));
+}
 
-JsonWriter& JsonWriter::UInt(uint64_t v) { return Literal(std::to_string(v)); }
+JsonWriter& JsonWriter::UInt(uint64_t v)
+{
+    return Literal(std::to_string(v));
+}
 
-JsonWriter& JsonWriter::Double(double v) { return Floating(v); }
+JsonWriter& JsonWriter::Double(double v)
+{
+    return Floating(v);
+}
 
-JsonWriter& JsonWriter::Float(float v) { return Floating(v); }
+JsonWriter& JsonWriter::Float(float v)
+{
+    return Floating(v);
+}
 
-JsonWriter& JsonWriter::Bool(bool v) { return Literal(v ? "true" : "false"); }
+JsonWriter& JsonWriter::Bool(bool v)
+{
+    return Literal(v ? "true" : "false");
+}
 
-JsonWriter& JsonWriter::Null() { return Literal("null"); }
+JsonWriter& JsonWriter::Null()
+{
+    return Literal("null");
+}
 
 } // namespace cli
