@@ -859,19 +859,22 @@ void CSheetListView::StopTimer()
     m_frame.StopTimer();
 }
 
+bool CSheetListView::RefuseSummaryTask(const CTask& task)
+{
+    if (!task.IsProjectSummary())
+        return false;
+    m_frame.Prompter().ShowMessage(platform::LoadString(40027), platform::Icon::warning);
+    return true;
+}
+
 void CSheetListView::NewTimeEntry(CTask* task)
 {
     if (task == nullptr)
         task = TaskOfSelection();
-    if (task == nullptr)
+    if (task == nullptr || RefuseSummaryTask(*task))
         return;
     CTimeKeeperDoc& doc = m_frame.Doc();
     CTimeKeeperApp& app = m_frame.App();
-    if (task->IsProjectSummary())
-    {
-        m_frame.Prompter().ShowMessage(platform::LoadString(40027), platform::Icon::warning);
-        return;
-    }
     const uint32_t taskId = task->m_id;
     const CDateTime date = DayOf(m_frame.TimeSheet()->SelectedDate());
     CDay* day = nullptr;
@@ -921,14 +924,9 @@ void CSheetListView::NewExpenseEntry(CTask* task)
 {
     if (task == nullptr)
         task = TaskOfSelection();
-    if (task == nullptr)
+    if (task == nullptr || RefuseSummaryTask(*task))
         return;
     CTimeKeeperDoc& doc = m_frame.Doc();
-    if (task->IsProjectSummary())
-    {
-        m_frame.Prompter().ShowMessage(platform::LoadString(40027), platform::Icon::warning);
-        return;
-    }
     auto entry = std::make_unique<CExpenseEntry>();
     entry->m_taskId = task->m_id;
     entry->m_date = DayOf(m_frame.TimeSheet()->SelectedDate());
@@ -949,14 +947,9 @@ void CSheetListView::NewToDoEntry(CTask* task)
 {
     if (task == nullptr)
         task = TaskOfSelection();
-    if (task == nullptr)
+    if (task == nullptr || RefuseSummaryTask(*task))
         return;
     CTimeKeeperDoc& doc = m_frame.Doc();
-    if (task->IsProjectSummary())
-    {
-        m_frame.Prompter().ShowMessage(platform::LoadString(40027), platform::Icon::warning);
-        return;
-    }
     auto entry = std::make_unique<CToDoEntry>();
     entry->m_taskId = task->m_id;
     entry->m_priority = "1";
@@ -1291,13 +1284,8 @@ void CSheetListView::FillDropMenu(QMenu& menu, uint32_t taskId)
 void CSheetListView::DropTask(uint32_t taskId, bool rightButton, const QPoint& globalPos)
 {
     CTask* task = m_frame.Doc().GetTask(taskId);
-    if (task == nullptr || IsReportsPage())
+    if (task == nullptr || IsReportsPage() || RefuseSummaryTask(*task))
         return;
-    if (task->IsProjectSummary())
-    {
-        m_frame.Prompter().ShowMessage(platform::LoadString(40027), platform::Icon::warning);
-        return;
-    }
     switch (m_page)
     {
     case pageTime:

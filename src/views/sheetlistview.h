@@ -154,6 +154,8 @@ private:
     template <class T>
     std::vector<T*> SelectedOfKind(Kind kind) const;
     CTask* TaskOfSelection() const;
+    // Warns and answers true when entries cannot go to `task` (a project summary).
+    bool RefuseSummaryTask(const CTask& task);
     CTask* TaskOfRecord(void* record) const;
     void OnPageChanged(int page);
     void ShowContextMenuAt(const QPoint& globalPos);
