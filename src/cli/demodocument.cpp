@@ -1,6 +1,5 @@
 #include "cli/demodocument.h"
 
-#include "cli/mileage.h"
 
 #include "model/timekeeperdoc.h"
 
@@ -270,7 +269,7 @@ void MakeDemoDocument(CTimeKeeperDoc& doc, const CDateTime& today, const std::st
             const int miles = random.Between(12, 38);
             auto mileage = MakeExpense(random.Chance(50) ? nwSurvey : supportContract, date,
                                        CExpenseType::kMileageId,
-                                       MileageAmount(miles, doc.m_defaultMileageRate), uint32_t(-1),
+                                       CExpenseEntry::MileageAmount(miles, doc.m_defaultMileageRate), uint32_t(-1),
                                        "Drive to the clinic and back");
             mileage->m_distance = float(miles);
             doc.FileExpenseEntry(day, std::move(mileage));
@@ -483,7 +482,7 @@ void MakeSyntheticDocument(CTimeKeeperDoc& doc, const SyntheticOptions& options)
             {
                 const int miles = random.Between(3, 120);
                 expense =
-                    MakeExpense(task, date, type, MileageAmount(miles, doc.m_defaultMileageRate),
+                    MakeExpense(task, date, type, CExpenseEntry::MileageAmount(miles, doc.m_defaultMileageRate),
                                 uint32_t(-1), "Client visit");
                 expense->m_distance = float(miles);
             }

@@ -1,7 +1,6 @@
 #include "cli/commands.h"
 #include "cli/commandsession.h"
 #include "cli/entrytable.h"
-#include "cli/mileage.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 
@@ -314,7 +313,7 @@ int ExpenseAdd(Context& ctx)
         if (auto r = args.Option("rate"))
             rate = float(ParseDouble(*r, "--rate"));
         e->m_distance = float(miles);
-        e->m_amount = MileageAmount(miles, rate);
+        e->m_amount = CExpenseEntry::MileageAmount(miles, rate);
     }
     else
     {

@@ -1,5 +1,7 @@
 #include "model/entry.h"
 
+#include <cmath>
+
 #include "model/entrypool.h"
 #include "model/task.h"
 
@@ -179,6 +181,15 @@ void CExpenseEntry::Serialize(CArchive& ar)
     m_paymentMethodId = ar.ReadU32();
     m_number = ar.ReadU32();
     m_distance = ar.ReadF32();
+}
+
+double CExpenseEntry::MileageAmount(int distance, float rate)
+{
+    const double cents = double(distance) * double(rate) * 100.0;
+    double whole = std::floor(cents);
+    if (cents - whole >= 0.5)
+        whole += 1.0;
+    return whole / 100.0;
 }
 
 std::string CExpenseEntry::GetNumberText() const

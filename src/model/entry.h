@@ -66,6 +66,9 @@ public:
 
     // The number in decimal, or empty when 0.
     std::string GetNumberText() const;
+    // Distance times rate, rounded to cents with a half cent rounding up. Distances are
+    // whole units and the rate a single-precision value, as the expense editor keeps them.
+    static double MileageAmount(int distance, float rate);
 
     uint32_t m_expenseTypeId = uint32_t(-1);
     CDateTime m_date;

@@ -44,15 +44,6 @@ CurrencyFormat MakeCurrencyFormat(const platform::LocaleInfo& locale)
     return f;
 }
 
-double MileageAmount(int distance, float rate)
-{
-    const double cents = double(distance) * double(rate) * 100.0;
-    double whole = std::floor(cents);
-    if (cents - whole >= 0.5)
-        whole += 1.0;
-    return whole / 100.0;
-}
-
 namespace
 {
 
@@ -397,7 +388,7 @@ bool CExpenseEntrySheet::Apply()
     {
         distance = m_driven->value();
         rate = float(m_mileageRate->value());
-        amount = MileageAmount(distance, rate);
+        amount = CExpenseEntry::MileageAmount(distance, rate);
     }
     else
     {

@@ -36,9 +36,6 @@ struct LocaleInfo;
 // Money fields follow the user's locale.
 CurrencyFormat MakeCurrencyFormat(const platform::LocaleInfo& locale);
 
-// A mileage amount: distance times rate in cents, a half cent rounding up.
-double MileageAmount(int distance, float rate);
-
 // The base of the property sheets: pages in tabs over OK and Cancel. While a sheet
 // is shown the document's editor-open flag is set; OK checks and writes the record
 // (a failed check keeps the sheet open with the focus on the field).

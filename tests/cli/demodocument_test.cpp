@@ -1,5 +1,4 @@
 #include "cli/demodocument.h"
-#include "cli/mileage.h"
 
 #include "model/timekeeperdoc.h"
 #include "support/testsupport.h"
@@ -25,15 +24,6 @@ bool IsWeekend(const CDateTime& d)
     return d.GetDayOfWeek() == 1 || d.GetDayOfWeek() == 7;
 }
 } // namespace
-
-TEST(MileageAmount, RoundsHalfACentUp)
-{
-    EXPECT_DOUBLE_EQ(cli::MileageAmount(1, 0.125f), 0.13);
-    EXPECT_DOUBLE_EQ(cli::MileageAmount(10, 0.375f), 3.75);
-    EXPECT_DOUBLE_EQ(cli::MileageAmount(3, 0.55f), 1.65);
-    EXPECT_DOUBLE_EQ(cli::MileageAmount(7, 0.001f), 0.01);
-    EXPECT_DOUBLE_EQ(cli::MileageAmount(0, 0.5f), 0.0);
-}
 
 TEST(SyntheticDocument, SameSeedSameDocument)
 {
@@ -114,7 +104,7 @@ TEST(DemoDocument, FourWeeksOfWorkBeforeToday)
             if (e->m_expenseTypeId == CExpenseType::kMileageId)
             {
                 EXPECT_DOUBLE_EQ(e->m_amount,
-                                 cli::MileageAmount(int(e->m_distance), doc.m_defaultMileageRate));
+                                 CExpenseEntry::MileageAmount(int(e->m_distance), doc.m_defaultMileageRate));
             }
         }
     }

@@ -462,3 +462,12 @@ TEST(ProjectRecord, RoundTrip)
     EXPECT_EQ(back->m_resourceId, uint32_t(-1));
     EXPECT_EQ(back->m_lastUpdated, project.m_lastUpdated);
 }
+
+TEST(MileageAmount, RoundsHalfACentUp)
+{
+    EXPECT_DOUBLE_EQ(CExpenseEntry::MileageAmount(1, 0.125f), 0.13);
+    EXPECT_DOUBLE_EQ(CExpenseEntry::MileageAmount(10, 0.375f), 3.75);
+    EXPECT_DOUBLE_EQ(CExpenseEntry::MileageAmount(3, 0.55f), 1.65);
+    EXPECT_DOUBLE_EQ(CExpenseEntry::MileageAmount(7, 0.001f), 0.01);
+    EXPECT_DOUBLE_EQ(CExpenseEntry::MileageAmount(0, 0.5f), 0.0);
+}

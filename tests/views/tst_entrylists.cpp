@@ -259,9 +259,9 @@ void TestEntryLists::timeEntryEditorChecksItsFields()
 
 void TestEntryLists::expensePageComputesMileageAndMovesExpenses()
 {
-    QCOMPARE(MileageAmount(1, 0.125f), 0.13);
-    QCOMPARE(MileageAmount(10, 0.375f), 3.75);
-    QCOMPARE(MileageAmount(3, 0.5f), 1.5);
+    QCOMPARE(CExpenseEntry::MileageAmount(1, 0.125f), 0.13);
+    QCOMPARE(CExpenseEntry::MileageAmount(10, 0.375f), 3.75);
+    QCOMPARE(CExpenseEntry::MileageAmount(3, 0.5f), 1.5);
 
     ViewFixture f;
     const uint32_t a = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Acme");
