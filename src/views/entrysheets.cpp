@@ -748,10 +748,7 @@ void CTaskProperties::EditChosenContact()
         return;
     CContactSheet sheet(m_frame, *contact, this);
     if (sheet.exec() == QDialog::Accepted)
-    {
-        m_frame.Doc().SetModifiedFlag(true);
         FillContacts(contact->m_id);
-    }
     m_frame.Doc().m_editorOpen = true;
 }
 
@@ -877,6 +874,8 @@ bool CContactSheet::Apply()
     m_contact.m_fax = FromQ(m_fax->text().trimmed());
     m_contact.m_email = FromQ(m_email->text().trimmed());
     m_contact.m_notes = FromQ(m_notes->toPlainText());
+    // Every caller (task tree, entry list, task sheet, Contacts manager) gets the change saved.
+    m_frame.Doc().SetModifiedFlag(true);
     return true;
 }
 
@@ -964,10 +963,7 @@ void CContactsDlg::EditSelected()
         return;
     CContactSheet sheet(m_frame, *contact, this);
     if (sheet.exec() == QDialog::Accepted)
-    {
-        m_frame.Doc().SetModifiedFlag(true);
         Fill(contact->m_id);
-    }
 }
 
 void CContactsDlg::DeleteSelected()
@@ -976,8 +972,5 @@ void CContactsDlg::DeleteSelected()
     if (id == 0)
         return;
     if (m_frame.Doc().DeleteContact(id, m_frame.Prompter()))
-    {
-        m_frame.Doc().SetModifiedFlag(true);
         Fill();
-    }
 }

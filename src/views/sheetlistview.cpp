@@ -1145,8 +1145,7 @@ void CSheetListView::EditContact()
     if (contact == nullptr)
         return;
     CContactSheet sheet(m_frame, *contact, this);
-    if (sheet.exec() == QDialog::Accepted)
-        m_frame.Doc().SetModifiedFlag(true);
+    sheet.exec();
 }
 
 void CSheetListView::RenameSelected()
