@@ -238,24 +238,41 @@ int RemoveEntries(Context& ctx, EntryKind kind)
     return 0;
 }
 
+// The --task option of the move commands: the task an entry goes to.
+std::string RequiredTargetTask(const Args& args)
+{
+    const auto to = args.Option("task");
+    if (!to)
+        throw UsageError("--task TASK (the task to move the entry to) is required");
+    return *to;
+}
+
+// Moves `entry` to the task `path` names and returns that task; nullptr, after saying so,
+// when the entry is there already.
+CTask* MoveToTask(CommandSession& s, CEntry& entry, const std::string& path)
+{
+    CTask* task = FindTask(s.Doc(), path);
+    RefuseSummaryTask(task, kMsgMoveToSummary);
+    if (entry.m_taskId == task->m_id)
+    {
+        std::cout << "The entry already belongs to " << s.TaskPath(task) << "\n";
+        return nullptr;
+    }
+    s.Doc().ChangeEntryTask(&entry, task);
+    return task;
+}
+
 int TimeMove(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2, {"date", "task"});
     const CDateTime date = RequiredDate(args, "date");
-    const auto to = args.Option("task");
-    if (!to)
-        throw UsageError("--task TASK (the task to move the entry to) is required");
+    const std::string to = RequiredTargetTask(args);
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     auto* entry = static_cast<CTimeEntry*>(SelectOneRow(s, EntryKind::time, date, args));
-    CTask* task = FindTask(s.Doc(), *to);
-    RefuseSummaryTask(task, kMsgMoveToSummary);
-    if (entry->m_taskId == task->m_id)
-    {
-        std::cout << "The entry already belongs to " << s.TaskPath(task) << "\n";
+    CTask* task = MoveToTask(s, *entry, to);
+    if (!task)
         return 0;
-    }
-    s.Doc().ChangeEntryTask(entry, task);
     s.Save();
     std::cout << "Moved " << Span(*entry) << " of " << date.Format("%Y-%m-%d") << " to "
               << s.TaskPath(task) << "\n";
@@ -477,21 +494,14 @@ int ToDoMove(Context& ctx)
     Args args(ctx.argv, {});
     args.Expect(2, 2, {"date", "task"});
     const CDateTime date = RequiredDate(args, "date");
-    const auto to = args.Option("task");
-    if (!to)
-        throw UsageError("--task TASK (the task to move the entry to) is required");
+    const std::string to = RequiredTargetTask(args);
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     auto* todo = static_cast<CToDoEntry*>(SelectOneRow(s, EntryKind::todo, date, args));
     if (todo->m_imported)
         Refuse(kMsgImportedToDo);
-    CTask* task = FindTask(s.Doc(), *to);
-    RefuseSummaryTask(task, kMsgMoveToSummary);
-    if (todo->m_taskId == task->m_id)
-    {
-        std::cout << "The entry already belongs to " << s.TaskPath(task) << "\n";
+    CTask* task = MoveToTask(s, *todo, to);
+    if (!task)
         return 0;
-    }
-    s.Doc().ChangeEntryTask(todo, task);
     s.Save();
     std::cout << "Moved '" << todo->m_description << "' to " << s.TaskPath(task) << "\n";
     return 0;
