@@ -3,6 +3,7 @@
 #include "cli/safefile.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
+#include "render/pdfexport.h"
 #include "reports/daterange.h"
 #include "reports/invoiceoutput.h"
 #include "reports/reportoptions.h"
@@ -569,7 +570,7 @@ int ParseFormatOption(const Args& args)
         throw UsageError("--format csv|tab|html is required");
     const auto format = reports::ParseExportFormat(*text);
     if (!format)
-        throw UsageError("unknown format '" + *text + "'; accepted: csv, tab, html");
+        throw UsageError("unknown format '" + *text + "'; accepted: csv, tab, html, pdf");
     return *format;
 }
 
@@ -598,15 +599,47 @@ void WriteExport(CommandSession& s, CReport& report, int format, const Args& arg
     std::cout << "Exported '" << report.m_name << "' to " << out << "\n";
 }
 
+// Writes the report's pages as PDF to `out` (default: the report name up to its first
+// "/", with ".pdf"). Refused, with the reason, in a build without Qt.
+void WritePdf(CommandSession& s, CReport& report, std::string out, bool replace)
+{
+    if (!render::PdfAvailable())
+        throw CommandError(render::kNoPdfMessage);
+    if (out == "-")
+        throw UsageError("PDF is not written to standard output; give --out PATH");
+    if (out.empty())
+    {
+        std::string base = reports::DefaultExportFileName(report);
+        if (base.find_first_not_of(' ') == std::string::npos)
+            base = "report";
+        out = base + ".pdf";
+    }
+    // Refuse an existing file before the pages are made: a long report is not drawn for nothing.
+    if (!replace && FileExists(out))
+        throw CommandError("'" + out + "' exists; add --force to replace it");
+    std::string pdf, error;
+    int pages = 0;
+    if (!render::ExportPdf(report, s.Doc(), s.App(), pdf, pages, error))
+        throw CommandError(error);
+    WriteNewFile(out, pdf, replace);
+    std::cout << "Wrote '" << report.m_name << "' to " << out << " (" << pages
+              << (pages == 1 ? " page" : " pages") << ")\n";
+}
+
 int ReportExport(Context& ctx)
 {
     Args args(ctx.argv, {"force"});
     args.Expect(2, 2, {"format", "out", "force"});
-    const int format = ParseFormatOption(args);
+    const bool pdf = args.Option("format") == std::optional<std::string>("pdf");
+    const int format = pdf ? 0 : ParseFormatOption(args);
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
     CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
-    WriteExport(s, *FindReport(s.Doc(), args.At(1, "REPORT")), format, args);
+    CReport* report = FindReport(s.Doc(), args.At(1, "REPORT"));
+    if (pdf)
+        WritePdf(s, *report, args.Option("out").value_or(""), args.Flag("force"));
+    else
+        WriteExport(s, *report, format, args);
     return 0;
 }
 
@@ -636,11 +669,20 @@ int ReportPages(Context& ctx)
 int Invoice(Context& ctx)
 {
     Args args(ctx.argv, {"force"});
-    args.Expect(2, 2, {"format", "out", "force"});
+    args.Expect(2, 2, {"format", "out", "force", "pdf"});
     const bool exportIt = args.Option("format").has_value();
     const int format = exportIt ? ParseFormatOption(args) : 0;
     if (args.Option("out") && !exportIt)
         throw UsageError("--out goes with --format csv|tab|html");
+    const std::optional<std::string> pdfPath = args.Option("pdf");
+    if (pdfPath && exportIt)
+        throw UsageError("--pdf and --format go separately: one invoice, one output");
+    if (pdfPath && pdfPath->empty())
+        throw UsageError("--pdf needs a PATH");
+    if (pdfPath && !render::PdfAvailable())
+        throw CommandError(render::kNoPdfMessage);
+    if (pdfPath && !args.Flag("force") && FileExists(*pdfPath))
+        throw CommandError("'" + *pdfPath + "' exists; add --force to replace it");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CReport* report = FindReport(s.Doc(), args.At(1, "REPORT"));
     if (report->m_kind != CReport::invoice)
@@ -651,7 +693,9 @@ int Invoice(Context& ctx)
     if (s.Prompter().Unanswered())
         throw CommandError("the invoice was not numbered: the question was not answered (run again "
                            "with --yes or --no)");
-    if (exportIt)
+    if (pdfPath)
+        WritePdf(s, *report, *pdfPath, args.Flag("force"));
+    else if (exportIt)
         WriteExport(s, *report, format, args);
     else
         PrintPages(s, *report);
@@ -690,13 +734,13 @@ void RegisterReportCommands(CommandTable& table)
     table.Add(
         {"report show", "FILE REPORT", "print every member of a report definition", ReportShow});
     table.Add({"report rm", "FILE REPORT", "delete a report definition", ReportRemove});
-    table.Add({"report export", "FILE REPORT --format csv|tab|html [--out PATH|-] [--force]",
+    table.Add({"report export", "FILE REPORT --format csv|tab|html|pdf [--out PATH|-] [--force]",
                "export a report (default file: its name up to the first \"/\")", ReportExport});
     table.Add({"report pages", "FILE REPORT",
                "print the pages of a report as text lines, as a printer lays them out",
                ReportPages});
     table.Add(
-        {"invoice", "FILE REPORT [--format csv|tab|html [--out PATH|-] [--force]]",
+        {"invoice", "FILE REPORT [--format csv|tab|html [--out PATH|-] | --pdf PATH] [--force]",
          "number an invoice as printing does (\"InvoiceNumber\" moves on) and print or export it",
          Invoice});
 }
