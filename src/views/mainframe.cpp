@@ -2,13 +2,16 @@
 
 #include "app/autosave.h"
 #include "app/timekeeperapp.h"
+#include "model/reportdef.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 #include "platform/settingsstore.h"
+#include "reports/reportrunner.h"
 #include "timekeeping/timer.h"
 #include "views/archivedlg.h"
 #include "views/icons.h"
 #include "views/newfiledlg.h"
+#include "views/print/reportprint.h"
 #include "views/qtconvert.h"
 #include "views/qttimerui.h"
 #include "views/sheetlistview.h"
@@ -132,6 +135,43 @@ void CMainFrame::CreateActions()
     QAction* archive = make("fileArchive", tr("Arc&hive..."));
     archive->setStatusTip(tr("Archive entries"));
     connect(archive, &QAction::triggered, this, &CMainFrame::ArchiveEntries);
+    // Printing acts on the one report selected on the Reports page.
+    const auto selectedReport = [this]() -> uint32_t {
+        const std::vector<CReport*> chosen = m_sheetList->SelectedReports();
+        return m_sheetList->IsReportsPage() && chosen.size() == 1 ? chosen.front()->m_id : 0;
+    };
+    QAction* printAction = make("filePrint", tr("&Print..."), QKeySequence::Print);
+    printAction->setStatusTip(tr("Print the selected report"));
+    connect(printAction, &QAction::triggered, this, [this, selectedReport] {
+        if (const uint32_t id = selectedReport())
+            print::PrintReport(this, m_doc, m_app, m_prompter, id);
+    });
+    QAction* previewAction = make("filePrintPreview", tr("Print Pre&view"));
+    previewAction->setStatusTip(tr("Show the pages of the selected report"));
+    connect(previewAction, &QAction::triggered, this, [this, selectedReport] {
+        if (const uint32_t id = selectedReport())
+            print::PreviewReport(this, m_doc, m_app, id);
+    });
+    connect(make("filePageSetup", tr("Page Set&up...")), &QAction::triggered, this,
+            [this] { print::PageSetup(this, m_app); });
+    QAction* pdfAction = make("fileExportPdf", tr("Export as P&DF..."));
+    pdfAction->setStatusTip(tr("Write the selected report as a PDF file"));
+    connect(pdfAction, &QAction::triggered, this, [this, selectedReport] {
+        const uint32_t id = selectedReport();
+        const CReport* report = m_doc.GetReport(id);
+        if (!report)
+            return;
+        QString path = AskSaveFileName(tr("Export as PDF"),
+                                       ToQ(reports::DefaultExportFileName(*report)) + QStringLiteral(".pdf"),
+                                       tr("PDF (*.pdf)"));
+        if (path.isEmpty())
+            return;
+        if (QFileInfo(path).suffix().compare(QStringLiteral("pdf"), Qt::CaseInsensitive) != 0)
+            path = QFileInfo(path).dir().filePath(QFileInfo(path).completeBaseName() + QStringLiteral(".pdf"));
+        QString error;
+        if (!print::ExportReportPdf(this, m_doc, m_app, m_prompter, id, path, &error) && !error.isEmpty())
+            m_prompter.ShowMessage(FromQ(error), platform::Icon::error);
+    });
     connect(make("fileExit", tr("E&xit"), QKeySequence(Qt::CTRL | Qt::Key_Q)), &QAction::triggered,
             this, &QWidget::close);
 
@@ -260,6 +300,9 @@ void CMainFrame::CreateMenus()
     for (const char* name : {"fileNew", "fileOpen", "fileSave", "fileSaveAs"})
         m_fileMenu->addAction(Action(QString::fromLatin1(name)));
     m_fileMenu->addSeparator();
+    for (const char* name : {"filePrint", "filePrintPreview", "filePageSetup", "fileExportPdf"})
+        m_fileMenu->addAction(Action(QString::fromLatin1(name)));
+    m_fileMenu->addSeparator();
     m_fileMenu->addAction(Action(QStringLiteral("fileArchive")));
     m_recentSeparator = m_fileMenu->addSeparator();
     for (int i = 0; i < CTimeKeeperApp::kRecentFileCount; ++i)
@@ -338,6 +381,10 @@ void CMainFrame::CreateToolBar()
         bar->addAction(a);
         bar->widgetForAction(a)->setProperty("iconOnly", true);
     }
+    Action(QStringLiteral("filePrint"))->setIcon(QIcon::fromTheme(QStringLiteral("document-print")));
+    Action(QStringLiteral("filePrintPreview"))->setIcon(QIcon::fromTheme(QStringLiteral("document-print-preview")));
+    for (const char* name : {"filePrint", "filePrintPreview"})
+        bar->addAction(Action(QString::fromLatin1(name)));
     bar->addSeparator();
     bar->addAction(Action(QStringLiteral("timerStart")));
     bar->addAction(Action(QStringLiteral("timerPause")));
@@ -856,6 +903,9 @@ void CMainFrame::UpdateCommandStates()
     Action(QStringLiteral("fileSave"))->setEnabled(hasTasks);
     Action(QStringLiteral("fileSaveAs"))->setEnabled(hasTasks);
     Action(QStringLiteral("fileArchive"))->setEnabled(hasTasks);
+    const bool oneReport = m_sheetList->IsReportsPage() && m_sheetList->SelectedReports().size() == 1;
+    for (const char* name : {"filePrint", "filePrintPreview", "fileExportPdf"})
+        Action(QString::fromLatin1(name))->setEnabled(oneReport);
 
     const bool entryCommands = listActive ? m_sheetList->CanStartOrAdd() : (hasTasks && task && !summary);
     for (const char* name : {"insertTimeEntry", "insertExpense", "insertToDo", "timerStart"})

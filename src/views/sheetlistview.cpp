@@ -1323,6 +1323,13 @@ void CSheetListView::FillContextMenu(QMenu& menu)
         add(tr("&Rename"), "rename", selected == 1, [this] { RenameSelected(); });
         add(tr("&Delete"), "delete", selected > 0, [this] { DeleteSelected(); });
         add(tr("E&xport..."), "export", selected == 1, [this] { ExportSelectedReport(); });
+        // Print, Print Preview and Export as PDF are the frame's commands on the selected report.
+        for (const char* name : {"fileExportPdf", "filePrint", "filePrintPreview"})
+            if (QAction* command = m_frame.Action(QString::fromLatin1(name)))
+            {
+                command->setEnabled(selected == 1);
+                menu.addAction(command);
+            }
         menu.addSeparator();
         QMenu* style = menu.addMenu(tr("&View"));
         const int current = m_frame.App().GetReportListType();
