@@ -1,0 +1,107 @@
+// Print Preview of the desktop program, opened offscreen.
+
+#include "renderfixture.h"
+
+#include "render/printrun.h"
+#include "views/print/pagesetupdlg.h"
+#include "views/print/reportprint.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QPrintPreviewDialog>
+#include <QPrintPreviewWidget>
+#include <QPrinter>
+#include <QTest>
+
+#include <memory>
+
+class TestPreview : public QObject
+{
+    Q_OBJECT
+private slots:
+    void showsEveryPageOfTheReport();
+    void landscapeReportPreviewsLandscapeAndThePrinterGetsItsOwnBack();
+    void pageSetupShowsAndStoresMarginsInTheLocalesUnit();
+};
+
+namespace
+{
+QPrintPreviewWidget* PreviewOf(QPrintPreviewDialog& dialog)
+{
+    return dialog.findChild<QPrintPreviewWidget*>();
+}
+} // namespace
+
+void TestPreview::showsEveryPageOfTheReport()
+{
+    RenderFixture fix;
+    CReport* report = fix.ReportOfKind(CReport::timeDetail);
+    report->m_preset = CReport::allDates;
+    QPrinter& printer = print::SharedPrinter(*fix.m_app);
+    const int expected = render::CountPages(*report, fix.m_doc, *fix.m_app, printer);
+    QVERIFY(expected >= 3);
+
+    std::unique_ptr<QPrintPreviewDialog> dialog(print::CreatePreviewDialog(nullptr, fix.m_doc, *fix.m_app, report->m_id));
+    QVERIFY(dialog);
+    dialog->show();
+    QPrintPreviewWidget* preview = PreviewOf(*dialog);
+    QVERIFY(preview);
+    QTRY_COMPARE(preview->pageCount(), expected);
+    dialog->close();
+
+    QVERIFY(!print::CreatePreviewDialog(nullptr, fix.m_doc, *fix.m_app, 999));
+}
+
+void TestPreview::landscapeReportPreviewsLandscapeAndThePrinterGetsItsOwnBack()
+{
+    RenderFixture fix;
+    CReport* report = fix.ReportOfKind(CReport::timeSummary);
+    report->m_orientation = 2;
+    QPrinter& printer = print::SharedPrinter(*fix.m_app);
+    printer.setPageOrientation(QPageLayout::Portrait);
+    {
+        std::unique_ptr<QPrintPreviewDialog> dialog(
+            print::CreatePreviewDialog(nullptr, fix.m_doc, *fix.m_app, report->m_id));
+        dialog->show();
+        QTRY_VERIFY(PreviewOf(*dialog)->pageCount() >= 1);
+        QCOMPARE(PreviewOf(*dialog)->orientation(), QPageLayout::Landscape);
+        dialog->close();
+    }
+    QCOMPARE(printer.pageLayout().orientation(), QPageLayout::Portrait);
+}
+
+void TestPreview::pageSetupShowsAndStoresMarginsInTheLocalesUnit()
+{
+    RenderFixture fix; // U.S.: thousandths of an inch
+    fix.m_app->SetPageMargins(750, 1000, 500, 1250);
+    print::CPageSetupDlg dialog(*fix.m_app, QPageSize(QPageSize::Letter));
+    QCOMPARE(dialog.MarginBox(0)->value(), 0.75);
+    QCOMPARE(dialog.MarginBox(3)->value(), 1.25);
+    QVERIFY(dialog.MarginBox(0)->suffix().contains(QStringLiteral("in")));
+    QCOMPARE(dialog.Paper().id(), QPageSize::Letter);
+    dialog.MarginBox(2)->setValue(0.625);
+    dialog.PaperBox()->setCurrentIndex(dialog.PaperBox()->findData(static_cast<int>(QPageSize::A4)));
+    dialog.Apply(*fix.m_app);
+    int l = 0, t = 0, r = 0, b = 0;
+    fix.m_app->GetPageMargins(l, t, r, b);
+    QCOMPARE(r, 625);
+    QCOMPARE(l, 750);
+    QCOMPARE(dialog.Paper().id(), QPageSize::A4);
+
+    platform::LocaleInfo metric;
+    metric.measurementSystem = 0;
+    RenderFixture metricFix(metric); // hundredths of a millimetre
+    metricFix.m_app->SetPageMargins(2000, 2000, 1550, 2000);
+    print::CPageSetupDlg metricDialog(*metricFix.m_app, QPageSize(QPageSize::A4));
+    QCOMPARE(metricDialog.MarginBox(2)->value(), 15.5);
+    QVERIFY(metricDialog.MarginBox(2)->suffix().contains(QStringLiteral("mm")));
+    metricDialog.MarginBox(0)->setValue(12.25);
+    metricDialog.Apply(*metricFix.m_app);
+    metricFix.m_app->GetPageMargins(l, t, r, b);
+    QCOMPARE(l, 1225);
+    QCOMPARE(r, 1550);
+}
+
+QTEST_MAIN(TestPreview)
+#include "tst_preview.moc"
