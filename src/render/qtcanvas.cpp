@@ -20,7 +20,10 @@ QString FromUtf8(std::string_view text)
 const QColor kShading(192, 192, 192);
 } // namespace
 
-QtCanvas::QtCanvas(QPagedPaintDevice& device) : m_device(device), m_font(MakeFont({})) {}
+QtCanvas::QtCanvas(QPagedPaintDevice& device)
+    : m_device(device), m_font(MakeFont({})), m_metrics(m_font, &m_device)
+{
+}
 
 QtCanvas::~QtCanvas() { Finish(); }
 
@@ -79,13 +82,14 @@ void QtCanvas::ApplyOrientation(int orientation)
 void QtCanvas::SelectFont(const reports::FontRequest& font)
 {
     m_font = MakeFont(font);
+    m_metrics = QFontMetrics(m_font, &m_device);
     if (m_painter.isActive())
         m_painter.setFont(m_font);
 }
 
 reports::FontMetrics QtCanvas::GetFontMetrics() const
 {
-    const QFontMetrics fm(m_font, &m_device);
+    const QFontMetrics& fm = m_metrics;
     reports::FontMetrics m;
     m.height = fm.ascent() + fm.descent();
     m.externalLeading = std::max(0, fm.leading());
@@ -96,7 +100,7 @@ reports::FontMetrics QtCanvas::GetFontMetrics() const
 
 reports::TextSize QtCanvas::GetTextExtent(std::string_view text) const
 {
-    const QFontMetrics fm(m_font, &m_device);
+    const QFontMetrics& fm = m_metrics;
     return reports::TextSize{fm.horizontalAdvance(FromUtf8(text)), fm.ascent() + fm.descent()};
 }
 
@@ -128,9 +132,8 @@ void QtCanvas::DrawText(int x, int y, std::string_view text)
     if (!m_painter.isActive() || text.empty())
         return;
     // The canvas places text by its top-left corner; QPainter by its baseline.
-    const QFontMetrics fm(m_font, &m_device);
     m_painter.setPen(Qt::black);
-    m_painter.drawText(QPoint(x, y + fm.ascent()), FromUtf8(text));
+    m_painter.drawText(QPoint(x, y + m_metrics.ascent()), FromUtf8(text));
 }
 
 void QtCanvas::DrawLine(int x1, int y1, int x2, int y2, int penWidth)

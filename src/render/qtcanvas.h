@@ -3,6 +3,7 @@
 #include "reports/canvas.h"
 
 #include <QFont>
+#include <QFontMetrics>
 #include <QPainter>
 
 #include <optional>
@@ -64,6 +65,8 @@ private:
     QPagedPaintDevice& m_device;
     QPainter m_painter;
     QFont m_font;
+    // Of m_font on the device; asked for every cell the reports measure.
+    QFontMetrics m_metrics;
     int m_pages = 0;
     bool m_failed = false;
     std::optional<int> m_pendingOrientation;
