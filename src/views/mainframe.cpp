@@ -383,6 +383,8 @@ void CMainFrame::CreateToolBar()
     }
     Action(QStringLiteral("filePrint"))->setIcon(QIcon::fromTheme(QStringLiteral("document-print")));
     Action(QStringLiteral("filePrintPreview"))->setIcon(QIcon::fromTheme(QStringLiteral("document-print-preview")));
+    Action(QStringLiteral("filePrint"))->setIconText(tr("Print"));
+    Action(QStringLiteral("filePrintPreview"))->setIconText(tr("Preview"));
     for (const char* name : {"filePrint", "filePrintPreview"})
         bar->addAction(Action(QString::fromLatin1(name)));
     bar->addSeparator();

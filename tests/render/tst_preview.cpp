@@ -2,6 +2,7 @@
 
 #include "renderfixture.h"
 
+#include "platform/prompter.h"
 #include "render/printrun.h"
 #include "views/print/pagesetupdlg.h"
 #include "views/print/reportprint.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QFile>
 #include <QPrintPreviewDialog>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
@@ -23,6 +25,7 @@ private slots:
     void showsEveryPageOfTheReport();
     void landscapeReportPreviewsLandscapeAndThePrinterGetsItsOwnBack();
     void pageSetupShowsAndStoresMarginsInTheLocalesUnit();
+    void exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole();
 };
 
 namespace
@@ -101,6 +104,32 @@ void TestPreview::pageSetupShowsAndStoresMarginsInTheLocalesUnit()
     metricFix.m_app->GetPageMargins(l, t, r, b);
     QCOMPARE(l, 1225);
     QCOMPARE(r, 1550);
+}
+
+void TestPreview::exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole()
+{
+    RenderFixture fix;
+    TempDir dir;
+    CReport* invoice = fix.ReportOfKind(CReport::invoice);
+    const int next = fix.m_app->GetInvoiceNumber();
+    platform::ScriptedPrompter prompter;
+    const QString path = QString::fromStdString(dir.File("invoice.pdf"));
+    QString error;
+    QVERIFY2(print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, invoice->m_id, path, &error),
+             qPrintable(error));
+    QCOMPARE(invoice->m_invoiceNumber, next);
+    QCOMPARE(fix.m_app->GetInvoiceNumber(), next + 1);
+    const std::string text = PdfText(path.toStdString());
+    QVERIFY2(text.find("Invoice: " + std::to_string(next)) != std::string::npos, text.c_str());
+
+    // A folder that does not exist: a message naming the file, and nothing written.
+    const QString bad = QString::fromStdString(dir.File("none/invoice.pdf"));
+    QVERIFY(!print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, fix.ReportOfKind(CReport::timeDetail)->m_id,
+                                    bad, &error));
+    QVERIFY(error.contains(bad));
+    QVERIFY(!QFile::exists(bad));
+    QVERIFY(!print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, 999, path, &error));
+    QVERIFY(!error.isEmpty());
 }
 
 QTEST_MAIN(TestPreview)
