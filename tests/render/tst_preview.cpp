@@ -6,11 +6,14 @@
 #include "render/printrun.h"
 #include "views/print/pagesetupdlg.h"
 #include "views/print/reportprint.h"
+#include "views/sheetlistview.h"
+#include "viewfixture.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFile>
+#include <QMenu>
 #include <QPrintPreviewDialog>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
@@ -26,6 +29,7 @@ private slots:
     void landscapeReportPreviewsLandscapeAndThePrinterGetsItsOwnBack();
     void pageSetupShowsAndStoresMarginsInTheLocalesUnit();
     void exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole();
+    void mainWindowCommandsActOnTheOneSelectedReport();
 };
 
 namespace
@@ -130,6 +134,78 @@ void TestPreview::exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole()
     QVERIFY(!QFile::exists(bad));
     QVERIFY(!print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, 999, path, &error));
     QVERIFY(!error.isEmpty());
+}
+
+void TestPreview::mainWindowCommandsActOnTheOneSelectedReport()
+{
+    ViewFixture f;
+    const uint32_t acme = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Acme");
+    for (int day = 4; day <= 13; ++day)
+        for (int hour = 8; hour < 17; ++hour)
+            f.AddTime(acme, CDateTime::FromDate(2024, 3, day), hour, 0, hour + 1, 0);
+    uint32_t reportId = 0;
+    {
+        std::lock_guard lock(f.doc.GetLock());
+        CReport* report = f.doc.AddReport(CReport::timeDetail);
+        report->m_name = "March/Acme";
+        report->m_preset = CReport::allDates;
+        report->m_selectedTasks = {CTimeKeeperDoc::kRootTaskId};
+        reportId = report->m_id;
+    }
+    f.Reopen();
+    CSheetListView* list = f.frame->SheetList();
+    QAction* printAction = f.frame->Action(QStringLiteral("filePrint"));
+    QAction* previewAction = f.frame->Action(QStringLiteral("filePrintPreview"));
+    QAction* pdfAction = f.frame->Action(QStringLiteral("fileExportPdf"));
+    QVERIFY(printAction && previewAction && pdfAction && f.frame->Action(QStringLiteral("filePageSetup")));
+
+    // Not on an entry page, not without a selected report.
+    list->SetPage(CSheetListView::pageTime);
+    f.frame->UpdateCommandStates();
+    QVERIFY(!printAction->isEnabled());
+    list->SetPage(CSheetListView::pageReports);
+    list->SelectRow(0);
+    f.frame->UpdateCommandStates();
+    QVERIFY(printAction->isEnabled());
+    QVERIFY(previewAction->isEnabled());
+    QVERIFY(pdfAction->isEnabled());
+
+    // The Reports page's context menu has them next to Export.
+    QMenu menu;
+    list->FillContextMenu(menu);
+    const QList<QAction*> items = menu.actions();
+    QVERIFY(items.contains(printAction) && items.contains(previewAction) && items.contains(pdfAction));
+
+    // Export as PDF proposes the name before the "/" and adds ".pdf" when it is left out.
+    f.frame->saveNames = {f.Path(QStringLiteral("march"))};
+    pdfAction->trigger();
+    QCOMPARE(f.frame->asked.value(0), QStringLiteral("Export as PDF"));
+    QFile pdf(f.Path(QStringLiteral("march.pdf")));
+    QVERIFY(pdf.open(QIODevice::ReadOnly));
+    QVERIFY(pdf.read(5) == "%PDF-");
+
+    // Print Preview shows every page.
+    const int pages = render::CountPages(*f.doc.GetReport(reportId), f.doc, *f.app, print::SharedPrinter(*f.app));
+    QVERIFY(pages >= 2);
+    int shown = -1;
+    ViewFixture::WhenDialogShows([&shown](QDialog* dialog) {
+        if (auto* preview = dialog->findChild<QPrintPreviewWidget*>())
+            shown = preview->pageCount();
+        dialog->reject();
+    });
+    previewAction->trigger();
+    QCOMPARE(shown, pages);
+
+    // Page Setup writes the margins into the settings.
+    ViewFixture::WhenDialogShows([](QDialog* dialog) {
+        if (auto* box = dialog->findChild<QDoubleSpinBox*>(QStringLiteral("marginTop")))
+            box->setValue(1.5);
+        dialog->accept();
+    });
+    f.frame->Action(QStringLiteral("filePageSetup"))->trigger();
+    int l = 0, t = 0, r = 0, b = 0;
+    f.app->GetPageMargins(l, t, r, b);
+    QCOMPARE(t, 1500);
 }
 
 QTEST_MAIN(TestPreview)
