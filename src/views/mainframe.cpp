@@ -11,6 +11,7 @@
 #include "views/archivedlg.h"
 #include "views/icons.h"
 #include "views/newfiledlg.h"
+#include "views/print/printicons.h"
 #include "views/print/reportprint.h"
 #include "views/qtconvert.h"
 #include "views/qttimerui.h"
@@ -381,12 +382,14 @@ void CMainFrame::CreateToolBar()
         bar->addAction(a);
         bar->widgetForAction(a)->setProperty("iconOnly", true);
     }
-    Action(QStringLiteral("filePrint"))->setIcon(QIcon::fromTheme(QStringLiteral("document-print")));
-    Action(QStringLiteral("filePrintPreview"))->setIcon(QIcon::fromTheme(QStringLiteral("document-print-preview")));
-    Action(QStringLiteral("filePrint"))->setIconText(tr("Print"));
-    Action(QStringLiteral("filePrintPreview"))->setIconText(tr("Preview"));
+    Action(QStringLiteral("filePrint"))->setIcon(print::PrintIcon());
+    Action(QStringLiteral("filePrintPreview"))->setIcon(print::PreviewIcon());
     for (const char* name : {"filePrint", "filePrintPreview"})
-        bar->addAction(Action(QString::fromLatin1(name)));
+    {
+        QAction* a = Action(QString::fromLatin1(name));
+        bar->addAction(a);
+        bar->widgetForAction(a)->setProperty("iconOnly", true);
+    }
     bar->addSeparator();
     bar->addAction(Action(QStringLiteral("timerStart")));
     bar->addAction(Action(QStringLiteral("timerPause")));
