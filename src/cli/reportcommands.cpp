@@ -694,7 +694,22 @@ int Invoice(Context& ctx)
         throw CommandError("the invoice was not numbered: the question was not answered (run again "
                            "with --yes or --no)");
     if (pdfPath)
-        WritePdf(s, *report, *pdfPath, args.Flag("force"));
+    {
+        try
+        {
+            WritePdf(s, *report, *pdfPath, args.Flag("force"));
+        }
+        catch (...)
+        {
+            // No invoice went out: its number is still the next one.
+            if (report->m_invoiceNumber != before)
+            {
+                s.App().SetInvoiceNumber(report->m_invoiceNumber);
+                report->m_invoiceNumber = before;
+            }
+            throw;
+        }
+    }
     else if (exportIt)
         WriteExport(s, *report, format, args);
     else

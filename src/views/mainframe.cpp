@@ -29,6 +29,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QSaveFile>
@@ -36,10 +37,12 @@
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QThread>
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
+#include <QTreeWidget>
 #include <QUrl>
 
 #include <limits>
@@ -457,6 +460,15 @@ void CMainFrame::CreatePanes()
         RefreshStatus();
         UpdateCommandStates();
     });
+    // The print buttons of the tool bar follow the report selection as it changes.
+    const auto updatePrintCommands = [this] {
+        const bool oneReport = m_sheetList->IsReportsPage() && m_sheetList->SelectedReports().size() == 1;
+        for (const char* name : {"filePrint", "filePrintPreview", "fileExportPdf"})
+            Action(QString::fromLatin1(name))->setEnabled(oneReport);
+    };
+    connect(m_sheetList->List(), &QTreeWidget::itemSelectionChanged, this, updatePrintCommands);
+    connect(m_sheetList->ReportIcons(), &QListWidget::itemSelectionChanged, this, updatePrintCommands);
+    connect(m_sheetList->Tabs(), &QTabBar::currentChanged, this, updatePrintCommands);
     m_taskView->setFocus();
 }
 

@@ -92,9 +92,11 @@ TEST_F(QvxPdfTest, InvoicePdfIsNumberedAndTheNextNumberMovesOn)
     ASSERT_EQ(run.status, 0) << run.output;
     EXPECT_NE(PdfText(second).find("Invoice: 2"), std::string::npos);
 
-    // Refused before numbering: the number stays where it was.
+    // Refused (the file exists, the folder does not): the number stays where it was.
     run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + second + "' --yes");
     EXPECT_NE(run.status, 0);
+    run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + m_dir.File("none/third.pdf") + "' --yes");
+    EXPECT_NE(run.status, 0) << "no such folder";
     run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + m_dir.File("third.pdf") + "' --yes");
     EXPECT_EQ(run.status, 0) << run.output;
     EXPECT_NE(run.output.find("Invoice number 3"), std::string::npos) << run.output;

@@ -126,12 +126,16 @@ void TestPreview::exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole()
     const std::string text = PdfText(path.toStdString());
     QVERIFY2(text.find("Invoice: " + std::to_string(next)) != std::string::npos, text.c_str());
 
-    // A folder that does not exist: a message naming the file, and nothing written.
+    // A folder that does not exist: a message naming the file, nothing written, and
+    // the number given back (the invoice already has one: asked whether to replace it).
     const QString bad = QString::fromStdString(dir.File("none/invoice.pdf"));
-    QVERIFY(!print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, fix.ReportOfKind(CReport::timeDetail)->m_id,
-                                    bad, &error));
+    prompter.Script(platform::Answer::yes);
+    QVERIFY(!print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, invoice->m_id, bad, &error));
     QVERIFY(error.contains(bad));
     QVERIFY(!QFile::exists(bad));
+    QCOMPARE(prompter.Questions().size(), size_t(1));
+    QCOMPARE(invoice->m_invoiceNumber, next);
+    QCOMPARE(fix.m_app->GetInvoiceNumber(), next + 1);
     QVERIFY(!print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, 999, path, &error));
     QVERIFY(!error.isEmpty());
 }
@@ -162,6 +166,12 @@ void TestPreview::mainWindowCommandsActOnTheOneSelectedReport()
     // Not on an entry page, not without a selected report.
     list->SetPage(CSheetListView::pageTime);
     f.frame->UpdateCommandStates();
+    QVERIFY(!printAction->isEnabled());
+    // Selecting the report is enough: the tool bar follows without a menu being opened.
+    list->SetPage(CSheetListView::pageReports);
+    list->SelectRow(0);
+    QVERIFY(printAction->isEnabled());
+    list->SetPage(CSheetListView::pageTime);
     QVERIFY(!printAction->isEnabled());
     list->SetPage(CSheetListView::pageReports);
     list->SelectRow(0);

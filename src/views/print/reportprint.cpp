@@ -19,6 +19,7 @@
 #include <QSaveFile>
 
 #include <memory>
+#include <mutex>
 
 namespace print
 {
@@ -227,7 +228,19 @@ bool ExportReportPdf(QWidget* parent, CTimeKeeperDoc& doc, CTimeKeeperApp& app, 
             *error = QApplication::translate("print", "The report no longer exists.");
         return false;
     }
+    const int numberBefore = report->m_invoiceNumber;
     NumberIfInvoice(*report, doc, app, prompter);
+    // An invoice that was not sent gives its number back.
+    const auto unnumber = [&] {
+        if (report->m_invoiceNumber == numberBefore)
+            return;
+        app.SetInvoiceNumber(report->m_invoiceNumber);
+        {
+            std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
+            report->m_invoiceNumber = numberBefore;
+        }
+        doc.UpdateAllViews(hintReports);
+    };
     render::PdfOptions options;
     options.paper = SharedPrinter(app).pageLayout().pageSize();
     render::PdfResult pdf;
@@ -238,6 +251,7 @@ bool ExportReportPdf(QWidget* parent, CTimeKeeperDoc& doc, CTimeKeeperApp& app, 
     }
     if (pdf.cancelled)
     {
+        unnumber();
         if (error)
             error->clear();
         return false;
@@ -246,6 +260,7 @@ bool ExportReportPdf(QWidget* parent, CTimeKeeperDoc& doc, CTimeKeeperApp& app, 
     if (!pdf.error.isEmpty() || !file.open(QIODevice::WriteOnly) || file.write(pdf.bytes) != pdf.bytes.size() ||
         !file.commit())
     {
+        unnumber();
         if (error)
             *error = pdf.error.isEmpty()
                          ? QApplication::translate("print", "Cannot write \"%1\": %2").arg(path, file.errorString())
