@@ -14,6 +14,7 @@
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QMenu>
+#include <QPrintDialog>
 #include <QPrintPreviewDialog>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
@@ -205,6 +206,20 @@ void TestPreview::mainWindowCommandsActOnTheOneSelectedReport()
     });
     previewAction->trigger();
     QCOMPARE(shown, pages);
+
+    // Print offers the report's pages as the range.
+    int firstPage = -1, lastPage = -1;
+    ViewFixture::WhenDialogShows([&firstPage, &lastPage](QDialog* dialog) {
+        if (auto* printDialog = qobject_cast<QPrintDialog*>(dialog))
+        {
+            firstPage = printDialog->minPage();
+            lastPage = printDialog->maxPage();
+        }
+        dialog->reject();
+    });
+    printAction->trigger();
+    QCOMPARE(firstPage, 1);
+    QCOMPARE(lastPage, pages);
 
     // Page Setup writes the margins into the settings.
     ViewFixture::WhenDialogShows([](QDialog* dialog) {
