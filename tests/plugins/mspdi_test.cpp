@@ -278,7 +278,7 @@ TEST_F(MspdiLinkTest, CancelledLinksLeaveNothingBehind)
     EXPECT_EQ(LinkOutcome::cancelled, LinkNewProject(*doc, ui, Dirs()).status);
     EXPECT_TRUE(doc->m_projects.empty());
     EXPECT_EQ(before, Dump(*doc));
-    EXPECT_EQ("Project XML (*.xml)|*.xml||", ui.offeredCombinedFilter);
+    EXPECT_NE(std::string::npos, ui.offeredCombinedFilter.find("Project XML (*.xml)|*.xml|"));
 }
 
 TEST_F(MspdiLinkTest, LinkThenUpdateWritesTheEntriesAndFollowsPlanChanges)
