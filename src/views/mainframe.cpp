@@ -9,6 +9,7 @@
 #include "views/archivedlg.h"
 #include "views/icons.h"
 #include "views/newfiledlg.h"
+#include "views/projects/projectsdlg.h"
 #include "views/qtconvert.h"
 #include "views/qttimerui.h"
 #include "views/sheetlistview.h"
@@ -308,6 +309,7 @@ void CMainFrame::CreateMenus()
     tools->addAction(Action(QStringLiteral("timerPause")));
     tools->addSeparator();
     tools->addAction(Action(QStringLiteral("toolsContacts")));
+    AddProjectsMenuItem(*this, tools);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(Action(QStringLiteral("helpTip")));
