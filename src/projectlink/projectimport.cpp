@@ -41,6 +41,9 @@ void Unlink(CTask* task)
 // moved by the import) and sets the levels of the task and everything below it.
 void Reparent(CTask* task, CTask* parent, std::set<CTask*>& touchedParents)
 {
+    // Never under itself: a tree with a loop could not be walked again.
+    if (parent->IsSelfOrDescendantOf(task))
+        return;
     if (task->m_parent != parent)
     {
         Unlink(task);

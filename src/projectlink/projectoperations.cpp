@@ -57,7 +57,8 @@ LinkOutcome LinkProjectFile(CTimeKeeperDoc& doc, ProjectLinkUi& ui,
     link->m_progId = progId;
 
     CProjectSession session(*link, ui.Prompter(), componentDirs);
-    HRESULT hr = session.Open(true);
+    // Linking writes nothing to the plan; a plan the user may not write can still be linked.
+    HRESULT hr = session.Open(access(path.c_str(), W_OK) == 0);
     if (Failed(hr))
         return Ended(hr);
     IProjectComponent& component = session.Component();

@@ -118,7 +118,8 @@ void CProjectsDlg::OnUpdate()
     projectlink::LinkOutcome outcome = projectlink::UpdateLink(m_doc, *project, ui, m_componentDirs);
     if (outcome.documentChanged || outcome.status == projectlink::LinkOutcome::done)
         m_doc.SetModifiedFlag();
-    SetRow(m_list->selectedItems().first(), *project);
+    if (!m_list->selectedItems().isEmpty())
+        SetRow(m_list->selectedItems().first(), *project);
 }
 
 void CProjectsDlg::OnDelete()
@@ -126,7 +127,7 @@ void CProjectsDlg::OnDelete()
     CProject* project = SelectedProject();
     if (!project)
         return;
-    if (projectlink::DeleteProjectLink(m_doc, project->m_id, m_prompter))
+    if (projectlink::DeleteProjectLink(m_doc, project->m_id, m_prompter) && !m_list->selectedItems().isEmpty())
         delete m_list->selectedItems().first();
     UpdateButtons();
 }
