@@ -136,6 +136,53 @@ TEST_F(MspdiTest, ParentsFollowOutlineLevelsWithoutOutlineNumbers)
     EXPECT_EQ(0, parent);
 }
 
+// A document to link plans into.
+class MspdiLinkTestBase : public MspdiTest
+{
+protected:
+    void SetUp() override
+    {
+        MspdiTest::SetUp();
+        doc = NewDoc("Pat", At(2024, 6, 12, 17, 0));
+        client = AddTask(*doc, doc->GetRootTask(), "Client");
+        ui.chosenPath = path;
+        ui.chosenProgId = kProgId;
+        ui.parentTaskId = client->m_id;
+    }
+    std::unique_ptr<CTimeKeeperDoc> doc;
+    CTask* client = nullptr;
+    ScriptedLinkUi ui;
+};
+
+TEST_F(MspdiLinkTestBase, ChildrenListedBeforeTheirParentsInTheFile)
+{
+    // API (2.1.1) and Backend (2.1) come before Build (2) in the file.
+    std::string plan = MspdiPlan();
+    const size_t build = plan.find("    <Task><UID>4</UID>");
+    const size_t end = plan.find("  </Tasks>");
+    const std::string tail = plan.substr(build, end - build);
+    std::vector<std::string> rows;
+    for (size_t at = 0; at < tail.size();)
+    {
+        const size_t next = tail.find('\n', at) + 1;
+        rows.push_back(tail.substr(at, next - at));
+        at = next;
+    }
+    plan.replace(build, end - build, rows[2] + rows[1] + rows[0]);
+    Write(path, plan);
+    LinkOutcome made = LinkNewProject(*doc, ui, {QV_COMPONENTS_DIR});
+    ASSERT_EQ(LinkOutcome::done, made.status);
+    CTask* api = nullptr;
+    for (const auto& [id, t] : doc->m_tasks)
+        if (t->m_name == "API")
+            api = t.get();
+    ASSERT_NE(nullptr, api);
+    EXPECT_EQ("Backend", api->m_parent->m_name);
+    EXPECT_EQ("Build", api->m_parent->m_parent->m_name);
+    EXPECT_EQ(client, api->m_parent->m_parent->m_parent);
+    EXPECT_EQ(client->m_level + 3, api->m_level);
+}
+
 TEST_F(MspdiTest, BrokenFilesAreRefusedWithWhereTheyBreak)
 {
     Write(path, "<Project>\n  <Tasks>\n</Project>\n");
@@ -236,19 +283,14 @@ TEST_F(MspdiTest, AReadOnlySessionWritesNothing)
     EXPECT_EQ(original, Read(path));
 }
 
-// The whole link and update, through the component.
-class MspdiLinkTest : public MspdiTest
+// The whole link and update, through the component, for Pat Example.
+class MspdiLinkTest : public MspdiLinkTestBase
 {
 protected:
     void SetUp() override
     {
-        MspdiTest::SetUp();
-        doc = NewDoc("Pat", At(2024, 6, 12, 17, 0));
-        client = AddTask(*doc, doc->GetRootTask(), "Client");
-        ui.chosenPath = path;
-        ui.chosenProgId = kProgId;
-        ui.parentTaskId = client->m_id;
-        ui.resourceIndex = 0; // Pat Example
+        MspdiLinkTestBase::SetUp();
+        ui.resourceIndex = 0;
     }
     CTask* ByName(const std::string& name) const
     {
@@ -258,10 +300,6 @@ protected:
         return nullptr;
     }
     std::vector<std::string> Dirs() const { return {QV_COMPONENTS_DIR}; }
-
-    std::unique_ptr<CTimeKeeperDoc> doc;
-    CTask* client = nullptr;
-    ScriptedLinkUi ui;
 };
 
 TEST_F(MspdiLinkTest, CancelledLinksLeaveNothingBehind)
