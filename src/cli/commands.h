@@ -45,5 +45,6 @@ void RegisterEntryCommands(CommandTable& table);
 void RegisterTimerCommands(CommandTable& table);
 void RegisterReportCommands(CommandTable& table);
 void RegisterOptionsCommands(CommandTable& table);
+void RegisterProjectCommands(CommandTable& table);
 
 } // namespace cli

@@ -74,6 +74,7 @@ int main(int argc, char** argv)
     RegisterTimerCommands(table);
     RegisterReportCommands(table);
     RegisterOptionsCommands(table);
+    RegisterProjectCommands(table);
 
     std::vector<std::string> args;
     TerminalPrompter::Preset preset = TerminalPrompter::Preset::none;

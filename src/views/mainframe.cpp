@@ -13,6 +13,7 @@
 #include "views/newfiledlg.h"
 #include "views/print/printicons.h"
 #include "views/print/reportprint.h"
+#include "views/projects/projectsdlg.h"
 #include "views/qtconvert.h"
 #include "views/qttimerui.h"
 #include "views/sheetlistview.h"
@@ -355,6 +356,7 @@ void CMainFrame::CreateMenus()
     tools->addAction(Action(QStringLiteral("timerPause")));
     tools->addSeparator();
     tools->addAction(Action(QStringLiteral("toolsContacts")));
+    AddProjectsMenuItem(*this, tools);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(Action(QStringLiteral("helpTip")));

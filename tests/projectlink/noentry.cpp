@@ -1,0 +1,5 @@
+// A shared library that loads but exports no component entry point.
+extern "C" int QvNotAComponent()
+{
+    return 42;
+}
