@@ -21,6 +21,7 @@
 #include <QCommandLineParser>
 #include <QDate>
 #include <QTimer>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QRadioButton>
 #include <QTreeWidget>
@@ -162,15 +163,20 @@ int main(int argc, char** argv)
                          : page == QLatin1String("fields")    ? CReportSheet::pageFields
                                                               : CReportSheet::pageType;
         wizard->restart();
-        while (wizard->currentId() != stop)
+        for (int guard = 0; guard < 12; ++guard)
         {
             if (wizard->currentId() == CReportSheet::pageSummarize)
             {
                 wizard->SummarizePage()->Part()->SelectLevel(2);
                 wizard->SummarizePage()->Part()->SelectTimeFrame(CReport::frameMonth);
+                wizard->SummarizePage()->Part()->TotalsBox()->setChecked(true);
             }
             if (wizard->currentId() == CReportSheet::pageTasks && development)
                 wizard->TasksPage()->Part()->Tree()->SelectTask(development->m_id);
+            if (wizard->currentId() == CReportSheet::pageFields)
+                wizard->FieldsPage()->Part()->Box(QStringLiteral("billing-rate"))->setChecked(true);
+            if (wizard->currentId() == stop)
+                break;
             wizard->next();
         }
         editor = wizard;
