@@ -156,11 +156,17 @@ int main(int argc, char** argv)
     {
         // A Time Summary on its way through the wizard, stopped at the page of the scene.
         auto* wizard = new CReportSheet(frame, &frame);
-        wizard->TypePage()->KindButton(CReport::timeSummary)->setChecked(true);
         const QString page = scene.mid(14);
+        wizard->TypePage()
+            ->KindButton(page == QLatin1String("invoice") ? CReport::invoice : CReport::timeSummary)
+            ->setChecked(true);
         const int stop = page == QLatin1String("tasks")       ? CReportSheet::pageTasks
+                         : page == QLatin1String("dates")     ? CReportSheet::pageDates
                          : page == QLatin1String("summarize") ? CReportSheet::pageSummarize
                          : page == QLatin1String("fields")    ? CReportSheet::pageFields
+                         : page == QLatin1String("invoice")   ? CReportSheet::pageInvoice
+                         : page == QLatin1String("print")     ? CReportSheet::pagePrint
+                         : page == QLatin1String("name")      ? CReportSheet::pageName
                                                               : CReportSheet::pageType;
         wizard->restart();
         for (int guard = 0; guard < 12; ++guard)
