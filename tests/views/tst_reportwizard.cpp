@@ -415,7 +415,8 @@ void TestReportWizard::finishStoresThePagesOfTheKind()
         w.next();
         w.next();
         CTasksPart* tasks = w.TasksPage()->Part();
-        QCOMPARE(tasks->BillableBox()->text(), QStringLiteral("Include &Billable Tasks"));
+        QCOMPARE(tasks->BillableBox()->text(), QStringLiteral("Include Bi&llable Tasks"));
+        QCOMPARE(tasks->NonBillableBox()->text(), QStringLiteral("Include N&on-Billable Tasks"));
         QVERIFY(tasks->ChildTasksBox()->isEnabled());
         QVERIFY(tasks->Tree()->topLevelItem(0)->isExpanded());
         tasks->Tree()->SelectTask(s.website);
@@ -877,6 +878,27 @@ void TestReportWizard::propertySheetCancelKeepsAndOkChanges()
     QCOMPARE(ExportText(f, sameId, reports::formatCsv), after);
     QVERIFY(after.find("Website") != std::string::npos);
     QVERIFY(after.find("Other") == std::string::npos);
+
+    // A definition whose task is gone keeps it until another task is chosen.
+    {
+        std::lock_guard lock(f.doc.GetLock());
+        f.doc.GetReport(sameId)->m_selectedTasks = {4242};
+    }
+    {
+        CTimeSummaryProperties sheet(*f.frame, *f.doc.GetReport(sameId));
+        sheet.show();
+        QCOMPARE(sheet.TasksPage()->Tree()->SelectedTaskId(), CTimeKeeperDoc::kRootTaskId);
+        sheet.accept();
+        QCOMPARE(sheet.result(), int(QDialog::Accepted));
+    }
+    QCOMPARE(f.doc.GetReport(sameId)->m_selectedTasks, std::vector<uint32_t>{4242});
+    {
+        CTimeSummaryProperties sheet(*f.frame, *f.doc.GetReport(sameId));
+        sheet.show();
+        sheet.TasksPage()->Tree()->SelectTask(s.other);
+        sheet.accept();
+    }
+    QCOMPARE(f.doc.GetReport(sameId)->m_selectedTasks, std::vector<uint32_t>{s.other});
 }
 
 void TestReportWizard::reportsPageRunsWizardAndSheets()

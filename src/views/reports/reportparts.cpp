@@ -410,8 +410,9 @@ void CTasksPart::SetKind(uint32_t kind)
     }
     else if (m_mode == ReportPartMode::wizard)
     {
-        m_billable->setText(Tr("Include &Billable Tasks"));
-        m_nonBillable->setText(Tr("Include &Non-Billable Tasks"));
+        // Alt+B and Alt+N belong to the wizard's Back and Next.
+        m_billable->setText(Tr("Include Bi&llable Tasks"));
+        m_nonBillable->setText(Tr("Include N&on-Billable Tasks"));
     }
     else
     {
@@ -425,7 +426,9 @@ void CTasksPart::SetKind(uint32_t kind)
 void CTasksPart::Load(const CReport& report)
 {
     SetKind(report.m_kind);
+    m_loadedTaskFound = m_tree->ItemOf(report.GetFirstSelectedTask()) != nullptr;
     m_tree->SelectTask(report.GetFirstSelectedTask());
+    m_selectedAtLoad = m_tree->SelectedTaskId();
     m_billable->setChecked(report.m_includeBillable);
     m_nonBillable->setChecked(report.m_includeNonBillable);
     m_childTasks->setChecked(!report.m_selectedTasksOnly);
@@ -433,7 +436,12 @@ void CTasksPart::Load(const CReport& report)
 
 void CTasksPart::Store(CReport& report) const
 {
-    if (const uint32_t id = m_tree->SelectedTaskId())
+    // The stored tasks stay as they are unless another task was chosen; a task that no
+    // longer exists is not replaced by the root the tree shows in its place.
+    const uint32_t id = m_tree->SelectedTaskId();
+    const bool unchanged = !report.m_selectedTasks.empty() &&
+                           (id == report.m_selectedTasks.front() || (!m_loadedTaskFound && id == m_selectedAtLoad));
+    if (id != 0 && !unchanged)
         report.m_selectedTasks = {id};
     report.m_includeBillable = m_billable->isChecked();
     report.m_includeNonBillable = m_nonBillable->isChecked();

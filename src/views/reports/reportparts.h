@@ -143,6 +143,8 @@ public:
 
 private:
     ReportPartMode m_mode;
+    bool m_loadedTaskFound = true;
+    uint32_t m_selectedAtLoad = 0;
     CReportTaskTree* m_tree;
     QCheckBox* m_billable;
     QCheckBox* m_nonBillable;
