@@ -485,6 +485,18 @@ void TestReportWizard::additionalFieldsShowTheKindsBoxes()
     fieldsOf(CReport::expenseDetail, 0, &shown);
     // The U.S. measurement system counts miles.
     QCOMPARE(shown, QStringList({"Task ID", "Miles", "Mileage Rate", "Expense Type", "Payment Method", "Note"}));
+    {
+        // Where the metric system is used, the distance is counted in kilometres.
+        platform::LocaleInfo metric = platform::LocaleInfo::UnitedStates();
+        metric.measurementSystem = 0;
+        CTimeKeeperApp metricApp(f.store, f.clock, metric);
+        CTimeKeeperDoc metricDoc;
+        metricDoc.NewDocument("Kim Example");
+        CTestFrame metricFrame(metricApp, metricDoc, f.prompter);
+        CFieldsPart part(metricFrame);
+        part.SetKind(CReport::expenseDetail);
+        QCOMPARE(part.Box(QStringLiteral("mileage"))->text(), QStringLiteral("Km"));
+    }
     fieldsOf(CReport::todoDetail, 0, &shown);
     QCOMPARE(shown, QStringList({"Task ID", "Due Date", "Complete Date", "Status", "Priority", "Note"}));
     fieldsOf(CReport::invoice, 1, &shown);
