@@ -348,9 +348,11 @@ void TestReportWizard::checksRefuseWithTheirMessageAndFocus()
     QCOMPARE(LastMessage(f), Msg(40008));
     QCOMPARE(w.focusWidget(), w.NamePage()->NameField());
 
+    QVERIFY(f.doc.m_editorOpen);
     w.NamePage()->NameField()->setText(QStringLiteral("Expenses by type"));
     w.button(QWizard::FinishButton)->click();
     QCOMPARE(w.result(), int(QDialog::Accepted));
+    QVERIFY(!f.doc.m_editorOpen);
     QCOMPARE(f.prompter.Messages(),
              std::vector<std::string>({Msg(40003), Msg(40015), Msg(40016), Msg(40018), Msg(40017), Msg(40007),
                                        Msg(40006), Msg(40008)}));

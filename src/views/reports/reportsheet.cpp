@@ -2,6 +2,7 @@
 
 #include "app/timekeeperapp.h"
 #include "model/reportdef.h"
+#include "model/timekeeperdoc.h"
 #include "reports/reportoptions.h"
 #include "views/mainframe.h"
 #include "views/qtconvert.h"
@@ -252,7 +253,32 @@ CReportSheet::CReportSheet(CMainFrame& frame, QWidget* parent) : QWizard(parent)
     resize(640, 470);
 }
 
-CReportSheet::~CReportSheet() = default;
+CReportSheet::~CReportSheet()
+{
+    CloseEditor();
+}
+
+void CReportSheet::showEvent(QShowEvent* event)
+{
+    m_frame.Doc().m_editorOpen = true;
+    m_editorOpen = true;
+    QWizard::showEvent(event);
+}
+
+void CReportSheet::done(int result)
+{
+    // Finish checks the last page here; a refusal keeps the wizard open.
+    QWizard::done(result);
+    if (!isVisible())
+        CloseEditor();
+}
+
+void CReportSheet::CloseEditor()
+{
+    if (m_editorOpen)
+        m_frame.Doc().m_editorOpen = false;
+    m_editorOpen = false;
+}
 
 int CReportSheet::Kind() const
 {

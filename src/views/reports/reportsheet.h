@@ -235,8 +235,17 @@ public:
     CReportPage11* PrintPage() const { return m_print; }
     CReportPage6* NamePage() const { return m_name; }
 
+    void done(int result) override;
+
+protected:
+    // Like the property sheets, the wizard marks the document's editor as open while shown.
+    void showEvent(QShowEvent* event) override;
+
 private:
+    void CloseEditor();
+
     CMainFrame& m_frame;
+    bool m_editorOpen = false;
     CReportPage1* m_type;
     CReportPage2* m_dates;
     CReportPage3* m_tasks;
