@@ -128,7 +128,9 @@ Sample BuildSample(ViewFixture& f)
     f.AddTime(s.website, CDateTime::FromDate(2024, 3, 12), 13, 0, 14, 0)->m_activityId = s.meetings;
     f.AddTime(s.other, CDateTime::FromDate(2024, 3, 5), 8, 0, 9, 0);
     f.AddTime(s.acme, CDateTime::FromDate(2024, 2, 20), 10, 0, 12, 15)->m_activityId = s.design;
-    auto expense = [&](uint32_t task, int day, double amount, uint32_t type, uint32_t method, bool billable) {
+    auto expense =
+        [&](uint32_t task, int day, double amount, uint32_t type, uint32_t method, bool billable)
+    {
         std::lock_guard lock(f.doc.GetLock());
         auto e = std::make_unique<CExpenseEntry>();
         e->m_taskId = task;
@@ -174,7 +176,8 @@ public:
         *ok = process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit &&
               process.exitCode() == 0;
         if (!*ok)
-            qWarning("qvx %s: %s", qPrintable(args.join(u' ')), process.readAllStandardError().constData());
+            qWarning("qvx %s: %s", qPrintable(args.join(u' ')),
+                     process.readAllStandardError().constData());
         return process.readAllStandardOutput();
     }
 
@@ -220,25 +223,31 @@ void TestReportWizard::pageFlowFollowsTheKind_data()
     QTest::addColumn<QList<int>>("pages");
     const QList<int> start{P::pageType, P::pageDates, P::pageTasks};
     const QList<int> end{P::pageFields, P::pagePrint, P::pageName};
-    QTest::newRow("Time Detail") << int(CReport::timeDetail) << start + QList<int>{P::pageActivities} + end;
+    QTest::newRow("Time Detail") << int(CReport::timeDetail)
+                                 << start + QList<int>{P::pageActivities} + end;
     QTest::newRow("Time Summary") << int(CReport::timeSummary)
                                   << start + QList<int>{P::pageActivities, P::pageSummarize} + end;
-    QTest::newRow("Expense Detail") << int(CReport::expenseDetail)
-                                    << start + QList<int>{P::pageExpenseTypes, P::pagePaymentMethods} + end;
+    QTest::newRow("Expense Detail")
+        << int(CReport::expenseDetail)
+        << start + QList<int>{P::pageExpenseTypes, P::pagePaymentMethods} + end;
     QTest::newRow("Expense Summary")
         << int(CReport::expenseSummary)
         << start + QList<int>{P::pageExpenseTypes, P::pagePaymentMethods, P::pageSummarize} + end;
     QTest::newRow("To Do Detail") << int(CReport::todoDetail) << start + end;
     QTest::newRow("Invoice") << int(CReport::invoice)
-                             << start +
-                                    QList<int>{P::pageActivities, P::pageExpenseTypes, P::pagePaymentMethods,
-                                               P::pageSummarize, P::pageFields, P::pageInvoice, P::pagePrint,
-                                               P::pageName};
+                             << start + QList<int>{P::pageActivities,     P::pageExpenseTypes,
+                                                   P::pagePaymentMethods, P::pageSummarize,
+                                                   P::pageFields,         P::pageInvoice,
+                                                   P::pagePrint,          P::pageName};
     QTest::newRow("Time & Expense Summary")
         << int(CReport::timeExpenseSummary)
-        << start + QList<int>{P::pageActivities, P::pageExpenseTypes, P::pagePaymentMethods, P::pageSummarize} + end;
-    QTest::newRow("Billing Summary") << int(CReport::billingSummary)
-                                     << start + QList<int>{P::pageActivities, P::pageSummarize} + end;
+        << start +
+               QList<int>{P::pageActivities, P::pageExpenseTypes, P::pagePaymentMethods,
+                          P::pageSummarize} +
+               end;
+    QTest::newRow("Billing Summary")
+        << int(CReport::billingSummary)
+        << start + QList<int>{P::pageActivities, P::pageSummarize} + end;
 }
 
 void TestReportWizard::pageFlowFollowsTheKind()
@@ -327,7 +336,8 @@ void TestReportWizard::checksRefuseWithTheirMessageAndFocus()
     QCOMPARE(LastMessage(f), Msg(40007));
     QCOMPARE(w.focusWidget(), summarize->LevelField());
     // The Expense Summary offers the levels and its three groupings.
-    QCOMPARE(summarize->LevelField()->itemText(summarize->LevelField()->count() - 3), QStringLiteral("Task ID"));
+    QCOMPARE(summarize->LevelField()->itemText(summarize->LevelField()->count() - 3),
+             QStringLiteral("Task ID"));
     QCOMPARE(summarize->LevelField()->itemText(summarize->LevelField()->count() - 1),
              QStringLiteral("Payment Method"));
     QVERIFY(summarize->SelectLevel(CReport::groupExpenseType));
@@ -354,8 +364,8 @@ void TestReportWizard::checksRefuseWithTheirMessageAndFocus()
     QCOMPARE(w.result(), int(QDialog::Accepted));
     QVERIFY(!f.doc.m_editorOpen);
     QCOMPARE(f.prompter.Messages(),
-             std::vector<std::string>({Msg(40003), Msg(40015), Msg(40016), Msg(40018), Msg(40017), Msg(40007),
-                                       Msg(40006), Msg(40008)}));
+             std::vector<std::string>({Msg(40003), Msg(40015), Msg(40016), Msg(40018), Msg(40017),
+                                       Msg(40007), Msg(40006), Msg(40008)}));
 
     const std::unique_ptr<CReport> r = w.MakeReport();
     QCOMPARE(r->m_kind, uint32_t(CReport::expenseSummary));
@@ -462,17 +472,20 @@ void TestReportWizard::finishStoresThePagesOfTheKind()
 void TestReportWizard::additionalFieldsShowTheKindsBoxes()
 {
     ViewFixture f;
-    auto fieldsOf = [&](uint32_t kind, int32_t level, QStringList* shown) {
+    auto fieldsOf = [&](uint32_t kind, int32_t level, QStringList* shown)
+    {
         auto w = std::make_unique<CReportSheet>(*f.frame);
         w->show();
         w->TypePage()->KindButton(kind)->setChecked(true);
-        WalkToName(*w, [&](int page) {
-            if (page == P::pageSummarize)
-            {
-                w->SummarizePage()->Part()->SelectLevel(level);
-                w->SummarizePage()->Part()->SelectTimeFrame(CReport::frameTotal);
-            }
-        });
+        WalkToName(*w,
+                   [&](int page)
+                   {
+                       if (page == P::pageSummarize)
+                       {
+                           w->SummarizePage()->Part()->SelectLevel(level);
+                           w->SummarizePage()->Part()->SelectTimeFrame(CReport::frameTotal);
+                       }
+                   });
         w->back();
         w->back();
         if (kind == CReport::invoice)
@@ -482,11 +495,12 @@ void TestReportWizard::additionalFieldsShowTheKindsBoxes()
     };
     QStringList shown;
     fieldsOf(CReport::timeDetail, 0, &shown);
-    QCOMPARE(shown, QStringList({"Task ID", "Billing Rate", "Start Time", "End Time", "Activity", "Note",
-                                 "Billing Amount"}));
+    QCOMPARE(shown, QStringList({"Task ID", "Billing Rate", "Start Time", "End Time", "Activity",
+                                 "Note", "Billing Amount"}));
     fieldsOf(CReport::expenseDetail, 0, &shown);
     // The U.S. measurement system counts miles.
-    QCOMPARE(shown, QStringList({"Task ID", "Miles", "Mileage Rate", "Expense Type", "Payment Method", "Note"}));
+    QCOMPARE(shown, QStringList({"Task ID", "Miles", "Mileage Rate", "Expense Type",
+                                 "Payment Method", "Note"}));
     {
         // Where the metric system is used, the distance is counted in kilometres.
         platform::LocaleInfo metric = platform::LocaleInfo::UnitedStates();
@@ -500,7 +514,8 @@ void TestReportWizard::additionalFieldsShowTheKindsBoxes()
         QCOMPARE(part.Box(QStringLiteral("mileage"))->text(), QStringLiteral("Km"));
     }
     fieldsOf(CReport::todoDetail, 0, &shown);
-    QCOMPARE(shown, QStringList({"Task ID", "Due Date", "Complete Date", "Status", "Priority", "Note"}));
+    QCOMPARE(shown,
+             QStringList({"Task ID", "Due Date", "Complete Date", "Status", "Priority", "Note"}));
     fieldsOf(CReport::invoice, 1, &shown);
     QCOMPARE(shown, QStringList({"Task ID", "Billing Rate"}));
 
@@ -549,17 +564,19 @@ void TestReportWizard::printOptionsDescribeAndChooseTheFont()
     QVERIFY(print->DefaultButton()->isChecked());
 
     QFont chosen;
-    ViewFixture::WhenDialogShows([&chosen](QDialog* dialog) {
-        auto* fonts = qobject_cast<QFontDialog*>(dialog);
-        QVERIFY(fonts);
-        QFont pick = fonts->currentFont();
-        pick.setPointSize(14);
-        pick.setBold(true);
-        pick.setItalic(false);
-        fonts->setCurrentFont(pick);
-        chosen = fonts->currentFont();
-        fonts->accept();
-    });
+    ViewFixture::WhenDialogShows(
+        [&chosen](QDialog* dialog)
+        {
+            auto* fonts = qobject_cast<QFontDialog*>(dialog);
+            QVERIFY(fonts);
+            QFont pick = fonts->currentFont();
+            pick.setPointSize(14);
+            pick.setBold(true);
+            pick.setItalic(false);
+            fonts->setCurrentFont(pick);
+            chosen = fonts->currentFont();
+            fonts->accept();
+        });
     print->FontButton()->click();
     QCOMPARE(chosen.pointSize(), 14);
     print->LandscapeButton()->setChecked(true);
@@ -586,7 +603,8 @@ void TestReportWizard::printOptionsDescribeAndChooseTheFont()
     QCOMPARE(converted.italic, uint8_t(1));
     QCOMPARE(converted.quality, uint8_t(3));
     QCOMPARE(converted.charSet, uint8_t(1));
-    QCOMPARE(CPrintOptionsPart::FontText(converted), QStringLiteral("Liberation Serif Bold Italic 10 pt."));
+    QCOMPARE(CPrintOptionsPart::FontText(converted),
+             QStringLiteral("Liberation Serif Bold Italic 10 pt."));
     const QFont back = CPrintOptionsPart::ToQFont(converted);
     QCOMPARE(back.pointSize(), 10);
     QVERIFY(back.bold() && back.italic());
@@ -604,7 +622,8 @@ void TestReportWizard::wizardDefinitionsExportLikeQvx()
     };
     const QList<Case> cases = {
         {CReport::timeSummary,
-         [&](CReportSheet& w, int page) {
+         [&](CReportSheet& w, int page)
+         {
              switch (page)
              {
              case P::pageDates:
@@ -612,7 +631,9 @@ void TestReportWizard::wizardDefinitionsExportLikeQvx()
                  w.DatesPage()->Part()->StartField()->SetDate(QDate(2024, 3, 1));
                  w.DatesPage()->Part()->EndField()->SetDate(QDate(2024, 3, 31));
                  break;
-             case P::pageTasks: w.TasksPage()->Part()->Tree()->SelectTask(s.acme); break;
+             case P::pageTasks:
+                 w.TasksPage()->Part()->Tree()->SelectTask(s.acme);
+                 break;
              case P::pageActivities:
                  w.ActivitiesPage()->List()->SelectedButton()->setChecked(true);
                  w.ActivitiesPage()->List()->CheckName(QStringLiteral("Design"));
@@ -628,18 +649,33 @@ void TestReportWizard::wizardDefinitionsExportLikeQvx()
                  w.FieldsPage()->Part()->Box(QStringLiteral("task-id"))->setChecked(true);
                  w.FieldsPage()->Part()->Box(QStringLiteral("billing-rate"))->setChecked(true);
                  break;
-             case P::pagePrint: w.PrintPage()->Part()->LandscapeButton()->setChecked(true); break;
-             default: break;
+             case P::pagePrint:
+                 w.PrintPage()->Part()->LandscapeButton()->setChecked(true);
+                 break;
+             default:
+                 break;
              }
          },
-         {"--kind", "time-summary", "--from", "2024-03-01", "--to", "2024-03-31", "--task", "Acme",
-          "--activities", "Design", "--summarize", "2", "--time-frame", "week", "--rollup", "yes", "--totals",
-          "yes", "--empty-rows", "yes", "--fields", "task-id,billing-rate", "--orientation", "landscape"}},
+         {"--kind",        "time-summary",
+          "--from",        "2024-03-01",
+          "--to",          "2024-03-31",
+          "--task",        "Acme",
+          "--activities",  "Design",
+          "--summarize",   "2",
+          "--time-frame",  "week",
+          "--rollup",      "yes",
+          "--totals",      "yes",
+          "--empty-rows",  "yes",
+          "--fields",      "task-id,billing-rate",
+          "--orientation", "landscape"}},
         {CReport::expenseDetail,
-         [&](CReportSheet& w, int page) {
+         [&](CReportSheet& w, int page)
+         {
              switch (page)
              {
-             case P::pageDates: w.DatesPage()->Part()->SetPreset(CReport::currentMonth); break;
+             case P::pageDates:
+                 w.DatesPage()->Part()->SetPreset(CReport::currentMonth);
+                 break;
              case P::pageTasks:
                  w.TasksPage()->Part()->Tree()->SelectTask(s.website);
                  w.TasksPage()->Part()->NonBillableBox()->setChecked(false);
@@ -653,17 +689,21 @@ void TestReportWizard::wizardDefinitionsExportLikeQvx()
                  for (const char* field : {"mileage", "expense-type", "payment-method", "note"})
                      w.FieldsPage()->Part()->Box(QString::fromLatin1(field))->setChecked(true);
                  break;
-             default: break;
+             default:
+                 break;
              }
          },
-         {"--kind", "expense-detail", "--preset", "current-month", "--task", "Acme/Website", "--include",
-          "billable", "--child-tasks", "no", "--expense-types", "Travel", "--fields",
+         {"--kind", "expense-detail", "--preset", "current-month", "--task", "Acme/Website",
+          "--include", "billable", "--child-tasks", "no", "--expense-types", "Travel", "--fields",
           "mileage,expense-type,payment-method,note"}},
         {CReport::invoice,
-         [&](CReportSheet& w, int page) {
+         [&](CReportSheet& w, int page)
+         {
              switch (page)
              {
-             case P::pageTasks: w.TasksPage()->Part()->Tree()->SelectTask(s.acme); break;
+             case P::pageTasks:
+                 w.TasksPage()->Part()->Tree()->SelectTask(s.acme);
+                 break;
              case P::pagePaymentMethods:
                  w.PaymentMethodsPage()->List()->SelectedButton()->setChecked(true);
                  w.PaymentMethodsPage()->List()->CheckName(QStringLiteral("Company Card"));
@@ -681,7 +721,8 @@ void TestReportWizard::wizardDefinitionsExportLikeQvx()
                  CInvoicePart* invoice = w.InvoicePage()->Part();
                  QCOMPARE(invoice->TermsField()->text(), QStringLiteral("Net 30"));
                  QVERIFY(!invoice->NumberField()->isEnabled());
-                 invoice->RecipientField()->setPlainText(QStringLiteral("Acme Corp\n1 Main Street"));
+                 invoice->RecipientField()->setPlainText(
+                     QStringLiteral("Acme Corp\n1 Main Street"));
                  invoice->ShowTermsBox()->setChecked(true);
                  invoice->AddTaxBox()->setChecked(true);
                  invoice->ThisNumberButton()->setChecked(true);
@@ -689,12 +730,30 @@ void TestReportWizard::wizardDefinitionsExportLikeQvx()
                  invoice->NumberField()->setValue(1042);
                  break;
              }
-             default: break;
+             default:
+                 break;
              }
          },
-         {"--kind", "invoice", "--task", "Acme", "--payment-methods", "Company Card", "--summarize", "2",
-          "--time-frame", "month", "--fields", "task-id,billing-rate", "--recipient", "Acme Corp\\n1 Main Street",
-          "--show-terms", "yes", "--tax", "7.5", "--number", "1042"}},
+         {"--kind",
+          "invoice",
+          "--task",
+          "Acme",
+          "--payment-methods",
+          "Company Card",
+          "--summarize",
+          "2",
+          "--time-frame",
+          "month",
+          "--fields",
+          "task-id,billing-rate",
+          "--recipient",
+          "Acme Corp\\n1 Main Street",
+          "--show-terms",
+          "yes",
+          "--tax",
+          "7.5",
+          "--number",
+          "1042"}},
     };
 
     QList<uint32_t> wizardIds;
@@ -723,19 +782,23 @@ void TestReportWizard::wizardDefinitionsExportLikeQvx()
     for (int i = 0; i < cases.size(); ++i)
     {
         bool ok = false;
-        const QByteArray added = qvx.Run(QStringList{"report", "new", copy, "--name", "Made in the wizard"} +
-                                             cases[i].qvxOptions,
-                                         &ok);
+        const QByteArray added =
+            qvx.Run(QStringList{"report", "new", copy, "--name", "Made in the wizard"} +
+                        cases[i].qvxOptions,
+                    &ok);
         QVERIFY(ok);
-        const QRegularExpressionMatch m = QRegularExpression(QStringLiteral("#(\\d+)")).match(QString::fromUtf8(added));
+        const QRegularExpressionMatch m =
+            QRegularExpression(QStringLiteral("#(\\d+)")).match(QString::fromUtf8(added));
         QVERIFY(m.hasMatch());
         const QString fromQvx = QLatin1Char('#') + m.captured(1);
         const QString fromWizard = QLatin1Char('#') + QString::number(wizardIds[i]);
         for (const char* format : {"csv", "html", "tab"})
         {
-            const QByteArray a = qvx.Run({"report", "export", copy, fromWizard, "--format", format, "--out", "-"}, &ok);
+            const QByteArray a = qvx.Run(
+                {"report", "export", copy, fromWizard, "--format", format, "--out", "-"}, &ok);
             QVERIFY(ok);
-            const QByteArray b = qvx.Run({"report", "export", copy, fromQvx, "--format", format, "--out", "-"}, &ok);
+            const QByteArray b =
+                qvx.Run({"report", "export", copy, fromQvx, "--format", format, "--out", "-"}, &ok);
             QVERIFY(ok);
             QCOMPARE(a, b);
             QVERIFY(!a.isEmpty());
@@ -770,17 +833,21 @@ void TestReportWizard::propertySheetsHoldTheKindsPages()
         const char* className;
     };
     const Expected expected[] = {
-        {CReport::timeSummary, common + QStringList{"Activities", "Summarize"} + tail, "CTimeSummaryProperties"},
+        {CReport::timeSummary, common + QStringList{"Activities", "Summarize"} + tail,
+         "CTimeSummaryProperties"},
         {CReport::billingSummary, common + QStringList{"Activities", "Summarize"} + tail,
          "CBillingSummaryProperties"},
-        {CReport::expenseSummary, common + filters + QStringList{"Summarize"} + tail, "CExpenseSummaryProperties"},
-        {CReport::timeExpenseSummary, common + QStringList{"Activities"} + filters + QStringList{"Summarize"} + tail,
+        {CReport::expenseSummary, common + filters + QStringList{"Summarize"} + tail,
+         "CExpenseSummaryProperties"},
+        {CReport::timeExpenseSummary,
+         common + QStringList{"Activities"} + filters + QStringList{"Summarize"} + tail,
          "CTimeExpenseSummaryProperties"},
         {CReport::timeDetail, common + QStringList{"Activities"} + tail, "CTimeDetailProperties"},
         {CReport::expenseDetail, common + filters + tail, "CExpenseDetailProperties"},
         {CReport::todoDetail, common + tail, "CToDoDetailProperties"},
         {CReport::invoice,
-         common + QStringList{"Activities"} + filters + QStringList{"Summarize", "Display", "Invoice", "Print Options"},
+         common + QStringList{"Activities"} + filters +
+             QStringList{"Summarize", "Display", "Invoice", "Print Options"},
          "CInvoiceProperties"},
     };
     for (const Expected& e : expected)
@@ -788,7 +855,8 @@ void TestReportWizard::propertySheetsHoldTheKindsPages()
         std::unique_ptr<CReport> draft = CReport::Create(CReport::Kind(e.kind));
         draft->m_name = "Sheet";
         const uint32_t id = AddReportFromDraft(f.doc, *draft);
-        std::unique_ptr<CReportProperties> sheet = CreateReportProperties(*f.frame, *f.doc.GetReport(id));
+        std::unique_ptr<CReportProperties> sheet =
+            CreateReportProperties(*f.frame, *f.doc.GetReport(id));
         QVERIFY(sheet);
         QCOMPARE(sheet->metaObject()->className(), e.className);
         QCOMPARE(sheet->PageTitles(), e.pages);
@@ -797,7 +865,8 @@ void TestReportWizard::propertySheetsHoldTheKindsPages()
             // The invoice has no rollup and no totals.
             QVERIFY(!sheet->SummarizePage()->RollupBox()->isEnabled());
             QVERIFY(!sheet->SummarizePage()->TotalsBox()->isEnabled());
-            QCOMPARE(sheet->SummarizePage()->LevelField()->itemText(sheet->SummarizePage()->LevelField()->count() - 1),
+            QCOMPARE(sheet->SummarizePage()->LevelField()->itemText(
+                         sheet->SummarizePage()->LevelField()->count() - 1),
                      QStringLiteral("Task ID"));
         }
     }
@@ -820,7 +889,8 @@ void TestReportWizard::propertySheetCancelKeepsAndOkChanges()
     QCOMPARE(list->RowTexts(0), QStringList({"Hours", "All Tasks", "All Dates"}));
     const std::string before = ExportText(f, id, reports::formatCsv);
 
-    auto edit = [&](CReportProperties& sheet) {
+    auto edit = [&](CReportProperties& sheet)
+    {
         sheet.DatesPage()->SetPreset(CReport::customDates);
         sheet.DatesPage()->StartField()->SetDate(QDate(2024, 3, 1));
         sheet.DatesPage()->EndField()->SetDate(QDate(2024, 3, 31));
@@ -923,7 +993,8 @@ void TestReportWizard::reportsPageRunsWizardAndSheets()
     QAction* newReport = f.frame->Action(QStringLiteral("insertReport"));
     QVERIFY(newReport);
     QVERIFY(f.frame->InsertMenu()->actions().contains(newReport));
-    QVERIFY(f.frame->findChild<QToolBar*>(QStringLiteral("toolBar"))->actions().contains(newReport));
+    QVERIFY(
+        f.frame->findChild<QToolBar*>(QStringLiteral("toolBar"))->actions().contains(newReport));
     list->SetPage(CSheetListView::pageReports);
     QMenu menu;
     list->FillContextMenu(menu);
@@ -933,19 +1004,21 @@ void TestReportWizard::reportsPageRunsWizardAndSheets()
     // The command runs the wizard; the new report is selected and shown.
     list->SetPage(CSheetListView::pageTime);
     bool sawWizard = false;
-    ViewFixture::WhenDialogShows([&sawWizard](QDialog* dialog) {
-        auto* wizard = qobject_cast<CReportSheet*>(dialog);
-        if (wizard == nullptr)
+    ViewFixture::WhenDialogShows(
+        [&sawWizard](QDialog* dialog)
         {
-            dialog->reject();
-            return;
-        }
-        sawWizard = true;
-        wizard->TypePage()->KindButton(CReport::todoDetail)->setChecked(true);
-        WalkToName(*wizard);
-        wizard->NamePage()->NameField()->setText(QStringLiteral("Open items"));
-        wizard->button(QWizard::FinishButton)->click();
-    });
+            auto* wizard = qobject_cast<CReportSheet*>(dialog);
+            if (wizard == nullptr)
+            {
+                dialog->reject();
+                return;
+            }
+            sawWizard = true;
+            wizard->TypePage()->KindButton(CReport::todoDetail)->setChecked(true);
+            WalkToName(*wizard);
+            wizard->NamePage()->NameField()->setText(QStringLiteral("Open items"));
+            wizard->button(QWizard::FinishButton)->click();
+        });
     newReport->trigger();
     QVERIFY(sawWizard);
     QCOMPARE(f.doc.m_reports.size(), size_t(1));
@@ -964,20 +1037,24 @@ void TestReportWizard::reportsPageRunsWizardAndSheets()
 
     // Properties and a double-click open the sheet of the report's kind.
     QString sheetClass;
-    ViewFixture::WhenDialogShows([&sheetClass](QDialog* dialog) {
-        sheetClass = QString::fromLatin1(dialog->metaObject()->className());
-        dialog->reject();
-    });
+    ViewFixture::WhenDialogShows(
+        [&sheetClass](QDialog* dialog)
+        {
+            sheetClass = QString::fromLatin1(dialog->metaObject()->className());
+            dialog->reject();
+        });
     list->SelectRow(0);
     f.frame->SetActiveView(CMainFrame::ActiveView::list);
     f.frame->UpdateCommandStates();
     f.frame->Action(QStringLiteral("editProperties"))->trigger();
     QCOMPARE(sheetClass, QStringLiteral("CToDoDetailProperties"));
     sheetClass.clear();
-    ViewFixture::WhenDialogShows([&sheetClass](QDialog* dialog) {
-        sheetClass = QString::fromLatin1(dialog->metaObject()->className());
-        dialog->reject();
-    });
+    ViewFixture::WhenDialogShows(
+        [&sheetClass](QDialog* dialog)
+        {
+            sheetClass = QString::fromLatin1(dialog->metaObject()->className());
+            dialog->reject();
+        });
     if (list->ReportIcons()->isVisible())
         emit list->ReportIcons()->itemDoubleClicked(list->ReportIcons()->item(0));
     else

@@ -70,8 +70,8 @@ QString ExportReportForViewing(CMainFrame& frame, uint32_t reportId, QString* er
     }
     const QString path = folder.filePath(QStringLiteral("report-%1.htm").arg(reportId));
     std::string message;
-    if (!reports::ExportReportToFile(*report, frame.Doc(), frame.App(), reports::formatHtml, FromQ(path), &message,
-                                     &frame.Prompter()))
+    if (!reports::ExportReportToFile(*report, frame.Doc(), frame.App(), reports::formatHtml,
+                                     FromQ(path), &message, &frame.Prompter()))
     {
         if (error)
             *error = ToQ(message);

@@ -64,8 +64,8 @@ const RangeChoice kRangeChoices[] = {
 };
 
 const RangeChoice kTimeFrameChoices[] = {
-    {"Day", CReport::frameDay},     {"Week", CReport::frameWeek},   {"Month", CReport::frameMonth},
-    {"Year", CReport::frameYear},   {"Total", CReport::frameTotal},
+    {"Day", CReport::frameDay},   {"Week", CReport::frameWeek},   {"Month", CReport::frameMonth},
+    {"Year", CReport::frameYear}, {"Total", CReport::frameTotal},
 };
 
 QString Tr(const char* text)
@@ -88,8 +88,9 @@ uint32_t DeepestLevel(const CTimeKeeperDoc& doc)
 
 bool ReportKindHasActivities(uint32_t kind)
 {
-    return kind == CReport::timeDetail || kind == CReport::timeSummary || kind == CReport::billingSummary ||
-           kind == CReport::timeExpenseSummary || kind == CReport::invoice;
+    return kind == CReport::timeDetail || kind == CReport::timeSummary ||
+           kind == CReport::billingSummary || kind == CReport::timeExpenseSummary ||
+           kind == CReport::invoice;
 }
 
 bool ReportKindHasExpenseFilters(uint32_t kind)
@@ -106,7 +107,8 @@ bool ReportKindIsSummary(uint32_t kind)
 
 bool ReportKindIsDetail(uint32_t kind)
 {
-    return kind == CReport::timeDetail || kind == CReport::expenseDetail || kind == CReport::todoDetail;
+    return kind == CReport::timeDetail || kind == CReport::expenseDetail ||
+           kind == CReport::todoDetail;
 }
 
 bool ReportKindHasSummarize(uint32_t kind)
@@ -128,7 +130,8 @@ void RefuseReportField(CMainFrame& frame, unsigned message, QWidget* field)
     field->setFocus();
 }
 
-CReportTaskTree::CReportTaskTree(CTimeKeeperDoc& doc, QWidget* parent) : QTreeWidget(parent), m_doc(doc)
+CReportTaskTree::CReportTaskTree(CTimeKeeperDoc& doc, QWidget* parent)
+    : QTreeWidget(parent), m_doc(doc)
 {
     setObjectName(QStringLiteral("taskTree"));
     setHeaderHidden(true);
@@ -141,11 +144,13 @@ void CReportTaskTree::Fill()
 {
     clear();
     std::lock_guard lock(m_doc.GetLock());
-    std::function<void(const CTask*, QTreeWidgetItem*)> add = [&](const CTask* task, QTreeWidgetItem* parent) {
+    std::function<void(const CTask*, QTreeWidgetItem*)> add =
+        [&](const CTask* task, QTreeWidgetItem* parent)
+    {
         auto* item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(this);
         item->setText(0, ToQ(task->GetDisplayText(m_doc.m_fullTaskNames)));
-        item->setIcon(0, icons::LetterIcon(
-                             icons::TaskImageIndex(task->m_level, ToQ(m_doc.GetLevelName(task->m_level)))));
+        item->setIcon(0, icons::LetterIcon(icons::TaskImageIndex(
+                             task->m_level, ToQ(m_doc.GetLevelName(task->m_level)))));
         item->setData(0, kTaskIdRole, task->m_id);
         for (const CTask* child : task->m_children)
             add(child, item);
@@ -186,7 +191,8 @@ uint32_t CReportTaskTree::SelectedTaskId() const
     return item ? item->data(0, kTaskIdRole).toUInt() : 0;
 }
 
-CFilterList::CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& groupTitle, QWidget* parent)
+CFilterList::CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& groupTitle,
+                         QWidget* parent)
     : QWidget(parent), m_catalog(catalog), m_all(new QRadioButton(Tr("All "))),
       m_selected(new QRadioButton(Tr("Selected"))), m_list(new QListWidget)
 {
@@ -216,20 +222,28 @@ CFilterList::CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& gr
     std::vector<std::pair<std::string, uint32_t>> records;
     {
         std::lock_guard lock(doc.GetLock());
-        auto collect = [&records](const auto& map) {
+        auto collect = [&records](const auto& map)
+        {
             for (const auto& [id, record] : map)
                 records.emplace_back(record->m_name, id);
         };
         switch (catalog)
         {
-        case Catalog::activities: collect(doc.m_activities); break;
-        case Catalog::expenseTypes: collect(doc.m_expenseTypes); break;
-        case Catalog::paymentMethods: collect(doc.m_paymentMethods); break;
+        case Catalog::activities:
+            collect(doc.m_activities);
+            break;
+        case Catalog::expenseTypes:
+            collect(doc.m_expenseTypes);
+            break;
+        case Catalog::paymentMethods:
+            collect(doc.m_paymentMethods);
+            break;
         }
     }
-    std::stable_sort(records.begin(), records.end(), [](const auto& a, const auto& b) {
-        return QString::compare(ToQ(a.first), ToQ(b.first), Qt::CaseInsensitive) < 0;
-    });
+    std::stable_sort(
+        records.begin(), records.end(),
+        [](const auto& a, const auto& b)
+        { return QString::compare(ToQ(a.first), ToQ(b.first), Qt::CaseInsensitive) < 0; });
     for (const auto& [name, id] : records)
     {
         auto* item = new QListWidgetItem(ToQ(name), m_list);
@@ -254,7 +268,8 @@ void CFilterList::SetIds(const std::vector<uint32_t>& ids)
     for (int i = 0; i < m_list->count(); ++i)
     {
         QListWidgetItem* item = m_list->item(i);
-        const bool checked = !all && std::find(ids.begin(), ids.end(), item->data(kRecordIdRole).toUInt()) != ids.end();
+        const bool checked = !all && std::find(ids.begin(), ids.end(),
+                                               item->data(kRecordIdRole).toUInt()) != ids.end();
         item->setCheckState(checked ? Qt::Checked : Qt::Unchecked);
     }
     UpdateEnabled();
@@ -303,7 +318,8 @@ CDatesPart::CDatesPart(CMainFrame& frame, ReportPartMode mode, QWidget* parent)
     form->addRow(mode == ReportPartMode::property ? Tr("&Time Frame:") : Tr("&Dates:"), m_range);
     form->addRow(Tr("&Start Date:"), m_start);
     form->addRow(Tr("&End Date:"), m_end);
-    connect(m_range, qOverload<int>(&QComboBox::currentIndexChanged), this, &CDatesPart::UpdateEnabled);
+    connect(m_range, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &CDatesPart::UpdateEnabled);
     m_range->setCurrentIndex(0);
     UpdateEnabled();
 }
@@ -372,8 +388,9 @@ void CDatesPart::Store(CReport& report) const
 }
 
 CTasksPart::CTasksPart(CMainFrame& frame, ReportPartMode mode, QWidget* parent)
-    : QWidget(parent), m_mode(mode), m_tree(new CReportTaskTree(frame.Doc(), this)), m_billable(new QCheckBox(this)),
-      m_nonBillable(new QCheckBox(this)), m_childTasks(new QCheckBox(Tr("Include &Child Tasks"), this))
+    : QWidget(parent), m_mode(mode), m_tree(new CReportTaskTree(frame.Doc(), this)),
+      m_billable(new QCheckBox(this)), m_nonBillable(new QCheckBox(this)),
+      m_childTasks(new QCheckBox(Tr("Include &Child Tasks"), this))
 {
     m_billable->setObjectName(QStringLiteral("includeBillable"));
     m_nonBillable->setObjectName(QStringLiteral("includeNonBillable"));
@@ -439,8 +456,9 @@ void CTasksPart::Store(CReport& report) const
     // The stored tasks stay as they are unless another task was chosen; a task that no
     // longer exists is not replaced by the root the tree shows in its place.
     const uint32_t id = m_tree->SelectedTaskId();
-    const bool unchanged = !report.m_selectedTasks.empty() &&
-                           (id == report.m_selectedTasks.front() || (!m_loadedTaskFound && id == m_selectedAtLoad));
+    const bool unchanged =
+        !report.m_selectedTasks.empty() &&
+        (id == report.m_selectedTasks.front() || (!m_loadedTaskFound && id == m_selectedAtLoad));
     if (id != 0 && !unchanged)
         report.m_selectedTasks = {id};
     report.m_includeBillable = m_billable->isChecked();
@@ -450,9 +468,11 @@ void CTasksPart::Store(CReport& report) const
 }
 
 CSummarizePart::CSummarizePart(CMainFrame& frame, QWidget* parent)
-    : QWidget(parent), m_frame(frame), m_level(new QComboBox(this)), m_timeFrame(new QComboBox(this)),
+    : QWidget(parent), m_frame(frame), m_level(new QComboBox(this)),
+      m_timeFrame(new QComboBox(this)),
       m_rollup(new QCheckBox(Tr("&Rollup Entries to Parent Tasks"), this)),
-      m_totals(new QCheckBox(Tr("Show &Totals"), this)), m_emptyRows(new QCheckBox(Tr("Show &Empty Rows"), this))
+      m_totals(new QCheckBox(Tr("Show &Totals"), this)),
+      m_emptyRows(new QCheckBox(Tr("Show &Empty Rows"), this))
 {
     m_level->setObjectName(QStringLiteral("level"));
     m_timeFrame->setObjectName(QStringLiteral("timeFrame"));
@@ -470,7 +490,8 @@ CSummarizePart::CSummarizePart(CMainFrame& frame, QWidget* parent)
     form->addRow(m_rollup);
     form->addRow(m_totals);
     form->addRow(m_emptyRows);
-    connect(m_level, qOverload<int>(&QComboBox::currentIndexChanged), this, [this] { emit LevelChanged(Level()); });
+    connect(m_level, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            [this] { emit LevelChanged(Level()); });
     SetKind(CReport::timeSummary);
 }
 
@@ -657,7 +678,8 @@ CInvoicePart::CInvoicePart(CMainFrame& frame, QWidget* parent)
       m_nextNumber(new QRadioButton(Tr("Use ne&xt number"), this)),
       m_thisNumber(new QRadioButton(Tr("Use t&his number:"), this)), m_number(new QSpinBox(this)),
       m_showTerms(new QCheckBox(Tr("Show Invoice &Terms"), this)), m_terms(new QLineEdit(this)),
-      m_addTax(new QCheckBox(Tr("&Add Tax to Billing Total"), this)), m_taxRate(new QDoubleSpinBox(this))
+      m_addTax(new QCheckBox(Tr("&Add Tax to Billing Total"), this)),
+      m_taxRate(new QDoubleSpinBox(this))
 {
     m_recipient->setObjectName(QStringLiteral("recipient"));
     m_nextNumber->setObjectName(QStringLiteral("nextNumber"));
@@ -700,12 +722,14 @@ CInvoicePart::CInvoicePart(CMainFrame& frame, QWidget* parent)
     layout->setRowStretch(6, 1);
 
     m_nextNumber->setChecked(true);
-    connect(m_thisNumber, &QRadioButton::toggled, this, [this](bool on) {
-        // Choosing a number of one's own starts from the next one the settings hold.
-        if (on && m_number->value() == 0)
-            m_number->setValue(m_frame.App().GetInvoiceNumber());
-        UpdateEnabled();
-    });
+    connect(m_thisNumber, &QRadioButton::toggled, this,
+            [this](bool on)
+            {
+                // Choosing a number of one's own starts from the next one the settings hold.
+                if (on && m_number->value() == 0)
+                    m_number->setValue(m_frame.App().GetInvoiceNumber());
+                UpdateEnabled();
+            });
     connect(m_showTerms, &QCheckBox::toggled, this, &CInvoicePart::UpdateEnabled);
     connect(m_addTax, &QCheckBox::toggled, this, &CInvoicePart::UpdateEnabled);
     UpdateEnabled();
@@ -748,7 +772,8 @@ void CInvoicePart::Store(CReport& report) const
 
 CPrintOptionsPart::CPrintOptionsPart(CMainFrame& frame, ReportPartMode mode, QWidget* parent)
     : QWidget(parent), m_frame(frame), m_default(new QRadioButton(Tr("Use Printer &Default"))),
-      m_portrait(new QRadioButton(Tr("&Portrait"))), m_landscape(new QRadioButton(Tr("&Landscape"))),
+      m_portrait(new QRadioButton(Tr("&Portrait"))),
+      m_landscape(new QRadioButton(Tr("&Landscape"))),
       m_fontButton(new QPushButton(Tr("&Font..."))), m_fontText(new QLabel)
 {
     m_default->setObjectName(QStringLiteral("orientationDefault"));
@@ -841,9 +866,15 @@ void CPrintOptionsPart::Load(const CReport& report)
 {
     switch (report.m_orientation)
     {
-    case 1: m_portrait->setChecked(true); break;
-    case 2: m_landscape->setChecked(true); break;
-    default: m_default->setChecked(true); break;
+    case 1:
+        m_portrait->setChecked(true);
+        break;
+    case 2:
+        m_landscape->setChecked(true);
+        break;
+    default:
+        m_default->setChecked(true);
+        break;
     }
     SetFont(report.m_font);
 }

@@ -73,7 +73,8 @@ public:
     };
 
     // With a group title the controls stand in a group box of that title.
-    CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& groupTitle, QWidget* parent = nullptr);
+    CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& groupTitle,
+                QWidget* parent = nullptr);
 
     void SetIds(const std::vector<uint32_t>& ids);
     std::vector<uint32_t> Ids() const;

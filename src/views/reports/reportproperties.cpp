@@ -21,9 +21,15 @@ CReportPropertyPage3::CReportPropertyPage3(CMainFrame& frame, QWidget* parent)
     layout()->setContentsMargins(9, 9, 9, 9);
 }
 
-CReportPropertyPage4::CReportPropertyPage4(CMainFrame& frame, QWidget* parent) : CSummarizePart(frame, parent) {}
+CReportPropertyPage4::CReportPropertyPage4(CMainFrame& frame, QWidget* parent)
+    : CSummarizePart(frame, parent)
+{
+}
 
-CReportPropertyPage5::CReportPropertyPage5(CMainFrame& frame, QWidget* parent) : CFieldsPart(frame, parent) {}
+CReportPropertyPage5::CReportPropertyPage5(CMainFrame& frame, QWidget* parent)
+    : CFieldsPart(frame, parent)
+{
+}
 
 CReportPropertyPage6::CReportPropertyPage6(CMainFrame& frame, QWidget* parent)
     : CFilterList(frame.Doc(), Catalog::activities, tr("Include Activities"), parent)
@@ -43,7 +49,10 @@ CReportPropertyPage8::CReportPropertyPage8(CMainFrame& frame, QWidget* parent)
     layout()->setContentsMargins(9, 9, 9, 9);
 }
 
-CReportPropertyPage9::CReportPropertyPage9(CMainFrame& frame, QWidget* parent) : CInvoicePart(frame, parent) {}
+CReportPropertyPage9::CReportPropertyPage9(CMainFrame& frame, QWidget* parent)
+    : CInvoicePart(frame, parent)
+{
+}
 
 CReportPropertyPage10::CReportPropertyPage10(CMainFrame& frame, QWidget* parent)
     : CPrintOptionsPart(frame, ReportPartMode::property, parent)
@@ -51,8 +60,8 @@ CReportPropertyPage10::CReportPropertyPage10(CMainFrame& frame, QWidget* parent)
 }
 
 CReportProperties::CReportProperties(CMainFrame& frame, CReport& report, QWidget* parent)
-    : CPropertySheet(frame, tr("%1 Properties").arg(ToQ(report.m_name)), parent), m_reportId(report.m_id),
-      m_kind(report.m_kind)
+    : CPropertySheet(frame, tr("%1 Properties").arg(ToQ(report.m_name)), parent),
+      m_reportId(report.m_id), m_kind(report.m_kind)
 {
     setObjectName(QStringLiteral("reportProperties"));
     const uint32_t kind = report.m_kind;
@@ -110,7 +119,8 @@ CReportProperties::CReportProperties(CMainFrame& frame, CReport& report, QWidget
     {
         // "Estimates" follows the level chosen on the Summarize page.
         m_display->SetSummarizeLevel(m_summarize->Level());
-        connect(m_summarize, &CSummarizePart::LevelChanged, m_display, &CFieldsPart::SetSummarizeLevel);
+        connect(m_summarize, &CSummarizePart::LevelChanged, m_display,
+                &CFieldsPart::SetSummarizeLevel);
     }
     connect(tabs, &QTabWidget::currentChanged, this, &CReportProperties::OnPageChanged);
     resize(560, 480);
@@ -179,17 +189,20 @@ CTimeSummaryProperties::CTimeSummaryProperties(CMainFrame& frame, CReport& repor
 {
 }
 
-CExpenseSummaryProperties::CExpenseSummaryProperties(CMainFrame& frame, CReport& report, QWidget* parent)
+CExpenseSummaryProperties::CExpenseSummaryProperties(CMainFrame& frame, CReport& report,
+                                                     QWidget* parent)
     : CReportProperties(frame, report, parent)
 {
 }
 
-CTimeExpenseSummaryProperties::CTimeExpenseSummaryProperties(CMainFrame& frame, CReport& report, QWidget* parent)
+CTimeExpenseSummaryProperties::CTimeExpenseSummaryProperties(CMainFrame& frame, CReport& report,
+                                                             QWidget* parent)
     : CReportProperties(frame, report, parent)
 {
 }
 
-CBillingSummaryProperties::CBillingSummaryProperties(CMainFrame& frame, CReport& report, QWidget* parent)
+CBillingSummaryProperties::CBillingSummaryProperties(CMainFrame& frame, CReport& report,
+                                                     QWidget* parent)
     : CReportProperties(frame, report, parent)
 {
 }
@@ -199,7 +212,8 @@ CTimeDetailProperties::CTimeDetailProperties(CMainFrame& frame, CReport& report,
 {
 }
 
-CExpenseDetailProperties::CExpenseDetailProperties(CMainFrame& frame, CReport& report, QWidget* parent)
+CExpenseDetailProperties::CExpenseDetailProperties(CMainFrame& frame, CReport& report,
+                                                   QWidget* parent)
     : CReportProperties(frame, report, parent)
 {
 }
@@ -214,19 +228,28 @@ CInvoiceProperties::CInvoiceProperties(CMainFrame& frame, CReport& report, QWidg
 {
 }
 
-std::unique_ptr<CReportProperties> CreateReportProperties(CMainFrame& frame, CReport& report, QWidget* parent)
+std::unique_ptr<CReportProperties> CreateReportProperties(CMainFrame& frame, CReport& report,
+                                                          QWidget* parent)
 {
     switch (report.m_kind)
     {
-    case CReport::timeDetail: return std::make_unique<CTimeDetailProperties>(frame, report, parent);
-    case CReport::timeSummary: return std::make_unique<CTimeSummaryProperties>(frame, report, parent);
-    case CReport::expenseDetail: return std::make_unique<CExpenseDetailProperties>(frame, report, parent);
-    case CReport::expenseSummary: return std::make_unique<CExpenseSummaryProperties>(frame, report, parent);
-    case CReport::todoDetail: return std::make_unique<CToDoDetailProperties>(frame, report, parent);
-    case CReport::invoice: return std::make_unique<CInvoiceProperties>(frame, report, parent);
+    case CReport::timeDetail:
+        return std::make_unique<CTimeDetailProperties>(frame, report, parent);
+    case CReport::timeSummary:
+        return std::make_unique<CTimeSummaryProperties>(frame, report, parent);
+    case CReport::expenseDetail:
+        return std::make_unique<CExpenseDetailProperties>(frame, report, parent);
+    case CReport::expenseSummary:
+        return std::make_unique<CExpenseSummaryProperties>(frame, report, parent);
+    case CReport::todoDetail:
+        return std::make_unique<CToDoDetailProperties>(frame, report, parent);
+    case CReport::invoice:
+        return std::make_unique<CInvoiceProperties>(frame, report, parent);
     case CReport::timeExpenseSummary:
         return std::make_unique<CTimeExpenseSummaryProperties>(frame, report, parent);
-    case CReport::billingSummary: return std::make_unique<CBillingSummaryProperties>(frame, report, parent);
-    default: return nullptr;
+    case CReport::billingSummary:
+        return std::make_unique<CBillingSummaryProperties>(frame, report, parent);
+    default:
+        return nullptr;
     }
 }

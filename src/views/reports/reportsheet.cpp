@@ -38,7 +38,8 @@ const KindChoice kKindChoices[] = {
 
 } // namespace
 
-CReportWizardPage::CReportWizardPage(CReportSheet& sheet, const QString& title, const QString& prompt)
+CReportWizardPage::CReportWizardPage(CReportSheet& sheet, const QString& title,
+                                     const QString& prompt)
     : QWizardPage(&sheet), m_sheet(sheet), m_body(new QVBoxLayout)
 {
     setTitle(title);
@@ -52,7 +53,8 @@ CReportWizardPage::CReportWizardPage(CReportSheet& sheet, const QString& title, 
 }
 
 CReportPage1::CReportPage1(CReportSheet& sheet)
-    : CReportWizardPage(sheet, tr("Report Type"), tr("What kind of report would you like to create?"))
+    : CReportWizardPage(sheet, tr("Report Type"),
+                        tr("What kind of report would you like to create?"))
 {
     auto* group = new QButtonGroup(this);
     for (int i = 0; i < 8; ++i)
@@ -103,7 +105,8 @@ bool CReportPage2::validatePage()
 }
 
 CReportPage3::CReportPage3(CReportSheet& sheet)
-    : CReportWizardPage(sheet, tr("Task Selection"), tr("What is the tasks would you like to include on this report?")),
+    : CReportWizardPage(sheet, tr("Task Selection"),
+                        tr("What is the tasks would you like to include on this report?")),
       m_part(new CTasksPart(sheet.Frame(), ReportPartMode::wizard, this))
 {
     Body()->addWidget(m_part, 1);
@@ -115,7 +118,8 @@ void CReportPage3::initializePage()
 }
 
 CReportPage4::CReportPage4(CReportSheet& sheet)
-    : CReportWizardPage(sheet, tr("Summarize By"), tr("How would you like to summarize this report?")),
+    : CReportWizardPage(sheet, tr("Summarize By"),
+                        tr("How would you like to summarize this report?")),
       m_part(new CSummarizePart(sheet.Frame(), this))
 {
     Body()->addWidget(m_part);
@@ -133,7 +137,8 @@ bool CReportPage4::validatePage()
 }
 
 CReportPage5::CReportPage5(CReportSheet& sheet)
-    : CReportWizardPage(sheet, tr("Additional Fields"), tr("What additional fields would you like displayed?")),
+    : CReportWizardPage(sheet, tr("Additional Fields"),
+                        tr("What additional fields would you like displayed?")),
       m_part(new CFieldsPart(sheet.Frame(), this))
 {
     Body()->addWidget(m_part, 1);
@@ -168,9 +173,10 @@ bool CReportPage6::validatePage()
     return false;
 }
 
-CReportFilterPage::CReportFilterPage(CReportSheet& sheet, CFilterList::Catalog catalog, const QString& title,
-                                     const QString& prompt)
-    : CReportWizardPage(sheet, title, prompt), m_list(new CFilterList(sheet.Frame().Doc(), catalog, QString(), this))
+CReportFilterPage::CReportFilterPage(CReportSheet& sheet, CFilterList::Catalog catalog,
+                                     const QString& title, const QString& prompt)
+    : CReportWizardPage(sheet, title, prompt),
+      m_list(new CFilterList(sheet.Frame().Doc(), catalog, QString(), this))
 {
     Body()->addWidget(m_list, 1);
 }
@@ -194,14 +200,16 @@ CReportPage9::CReportPage9(CReportSheet& sheet)
 }
 
 CReportPage10::CReportPage10(CReportSheet& sheet)
-    : CReportWizardPage(sheet, tr("Invoice"), tr("Who is this invoice for, and how is it numbered and taxed?")),
+    : CReportWizardPage(sheet, tr("Invoice"),
+                        tr("Who is this invoice for, and how is it numbered and taxed?")),
       m_part(new CInvoicePart(sheet.Frame(), this))
 {
     Body()->addWidget(m_part, 1);
 }
 
 CReportPage11::CReportPage11(CReportSheet& sheet)
-    : CReportWizardPage(sheet, tr("Report Print Options"), tr("How should this report be printed?")),
+    : CReportWizardPage(sheet, tr("Report Print Options"),
+                        tr("How should this report be printed?")),
       m_part(new CPrintOptionsPart(sheet.Frame(), ReportPartMode::wizard, this))
 {
     Body()->addWidget(m_part, 1);
@@ -292,8 +300,10 @@ int CReportSheet::nextId() const
     const bool both = kind == CReport::invoice || kind == CReport::timeExpenseSummary;
     switch (currentId())
     {
-    case pageType: return pageDates;
-    case pageDates: return pageTasks;
+    case pageType:
+        return pageDates;
+    case pageDates:
+        return pageTasks;
     case pageTasks:
         if (expensesOnly)
             return pageExpenseTypes;
@@ -302,13 +312,20 @@ int CReportSheet::nextId() const
         if (kind == CReport::timeDetail)
             return pageFields;
         return both ? pageExpenseTypes : pageSummarize;
-    case pageExpenseTypes: return pagePaymentMethods;
-    case pagePaymentMethods: return kind == CReport::expenseDetail ? pageFields : pageSummarize;
-    case pageSummarize: return pageFields;
-    case pageFields: return kind == CReport::invoice ? pageInvoice : pagePrint;
-    case pageInvoice: return pagePrint;
-    case pagePrint: return pageName;
-    default: return -1;
+    case pageExpenseTypes:
+        return pagePaymentMethods;
+    case pagePaymentMethods:
+        return kind == CReport::expenseDetail ? pageFields : pageSummarize;
+    case pageSummarize:
+        return pageFields;
+    case pageFields:
+        return kind == CReport::invoice ? pageInvoice : pagePrint;
+    case pageInvoice:
+        return pagePrint;
+    case pagePrint:
+        return pageName;
+    default:
+        return -1;
     }
 }
 

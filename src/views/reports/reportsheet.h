@@ -129,7 +129,8 @@ class CReportFilterPage : public CReportWizardPage
     Q_OBJECT
 
 public:
-    CReportFilterPage(CReportSheet& sheet, CFilterList::Catalog catalog, const QString& title, const QString& prompt);
+    CReportFilterPage(CReportSheet& sheet, CFilterList::Catalog catalog, const QString& title,
+                      const QString& prompt);
     CFilterList* List() const { return m_list; }
 
 private:

@@ -57,8 +57,8 @@ QPixmap ReportWizardPicture(int width, int height)
     const qreal base = sheet.bottom() - margin;
     const qreal barW = (sheetW - 2 * margin) / 9.0;
     const qreal heights[] = {0.18, 0.3, 0.22, 0.38};
-    const QColor bars[] = {QColor(0xe0, 0x8a, 0x2c), QColor(0x2f, 0x7d, 0x86), QColor(0xe0, 0x8a, 0x2c),
-                           QColor(0x2f, 0x7d, 0x86)};
+    const QColor bars[] = {QColor(0xe0, 0x8a, 0x2c), QColor(0x2f, 0x7d, 0x86),
+                           QColor(0xe0, 0x8a, 0x2c), QColor(0x2f, 0x7d, 0x86)};
     for (int i = 0; i < 4; ++i)
     {
         const qreal h = sheetH * heights[i];
