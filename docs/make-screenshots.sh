@@ -2,6 +2,9 @@
 # Takes the screenshots of the desktop program under docs/: each scene is shown on a
 # demo document under a virtual X display and photographed whole.
 # Usage: docs/make-screenshots.sh [BUILD_DIR] [SCENE...]
+# Scenes of the report dialogs: report-wizard-type, report-wizard-tasks,
+# report-wizard-summarize, report-wizard-fields (the other wizard pages by their
+# names: dates, invoice, print, name) and report-properties.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 build="${1:-$here/../build}"

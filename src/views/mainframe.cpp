@@ -16,6 +16,7 @@
 #include "views/projects/projectsdlg.h"
 #include "views/qtconvert.h"
 #include "views/qttimerui.h"
+#include "views/reports/reportcommands.h"
 #include "views/sheetlistview.h"
 #include "views/taskview.h"
 #include "views/timesheetview.h"
@@ -265,6 +266,10 @@ void CMainFrame::CreateActions()
         else
             m_sheetList->NewToDoEntry(m_taskView->SelectedTask());
     });
+    QAction* newReport = make("insertReport", tr("New &Report..."));
+    newReport->setIcon(icons::ReportIcon(1, 20));
+    newReport->setStatusTip(tr("Add a new report"));
+    connect(newReport, &QAction::triggered, this, [this] { m_sheetList->NewReport(); });
 
     QAction* start = make("timerStart", tr("&Start Timer"), QKeySequence(Qt::CTRL | Qt::Key_T));
     start->setIcon(icons::TimerIcon(icons::Timer::running));
@@ -348,6 +353,7 @@ void CMainFrame::CreateMenus()
     m_insertMenu->addAction(Action(QStringLiteral("insertTimeEntry")));
     m_insertMenu->addAction(Action(QStringLiteral("insertExpense")));
     m_insertMenu->addAction(Action(QStringLiteral("insertToDo")));
+    m_insertMenu->addAction(Action(QStringLiteral("insertReport")));
     m_insertLevelSeparator = m_insertMenu->addSeparator();
 
     QMenu* tools = menuBar()->addMenu(tr("&Tools"));
@@ -403,6 +409,8 @@ void CMainFrame::CreateToolBar()
     bar->addAction(Action(QStringLiteral("viewGoToToday")));
     bar->addAction(Action(QStringLiteral("editProperties")));
     bar->addAction(Action(QStringLiteral("editDelete")));
+    bar->addSeparator();
+    bar->addAction(Action(QStringLiteral("insertReport")));
     for (QAction* a : bar->actions())
         if (QWidget* w = bar->widgetForAction(a); w && w->property("iconOnly").toBool())
             if (auto* b = qobject_cast<QToolButton*>(w))
@@ -960,6 +968,7 @@ void CMainFrame::UpdateCommandStates()
     Action(QStringLiteral("editComplete"))->setEnabled(m_sheetList->CanComplete());
     Action(QStringLiteral("editMoveTo"))->setEnabled(m_sheetList->CanMoveExpense());
     Action(QStringLiteral("toolsContacts"))->setEnabled(hasTasks);
+    Action(QStringLiteral("insertReport"))->setEnabled(hasTasks);
 
     Action(QStringLiteral("viewDate"))->setChecked(m_app.GetTaskViewType() == 0);
     Action(QStringLiteral("viewTask"))->setChecked(m_app.GetTaskViewType() != 0);
@@ -1101,6 +1110,20 @@ void CMainFrame::ShowManual()
             return;
         }
     m_prompter.ShowMessage(FromQ(tr("The user manual is not installed.")), platform::Icon::information);
+}
+
+void CMainFrame::ViewReport(uint32_t reportId)
+{
+    // Shown as its HTML export in the user's browser until there is a print preview.
+    QString error;
+    const QString path = ExportReportForViewing(*this, reportId, &error);
+    if (path.isEmpty())
+    {
+        if (!error.isEmpty())
+            m_prompter.ShowMessage(FromQ(error), platform::Icon::error);
+        return;
+    }
+    QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
 void CMainFrame::ShowAbout()

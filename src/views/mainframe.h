@@ -118,6 +118,9 @@ public:
     ActiveView GetActiveView() const { return m_activeView; }
     void SetActiveView(ActiveView view) { m_activeView = view; }
 
+    // Shows a report ("View report when done"): its HTML export in the browser.
+    virtual void ViewReport(uint32_t reportId);
+
     // Named actions, for the tests and the tool bar.
     QAction* Action(const QString& objectName) const;
     QMenu* InsertMenu() const { return m_insertMenu; }

@@ -12,6 +12,7 @@
 #include "views/icons.h"
 #include "views/mainframe.h"
 #include "views/qtconvert.h"
+#include "views/reports/reportcommands.h"
 #include "views/taskview.h"
 #include "views/timesheetview.h"
 
@@ -1131,7 +1132,7 @@ void CSheetListView::EditProperties()
         EditToDo(static_cast<CToDoEntry*>(records.front()));
         break;
     case Kind::report:
-        RenameSelected();
+        EditReportProperties(m_frame, static_cast<CReport*>(records.front())->m_id, this);
         break;
     }
 }
@@ -1251,6 +1252,22 @@ void CSheetListView::ExportSelectedReport()
         m_frame.Prompter().ShowMessage(error, platform::Icon::error);
 }
 
+void CSheetListView::NewReport()
+{
+    const uint32_t id = NewReportWithWizard(m_frame, this);
+    if (id == 0)
+        return;
+    SetPage(pageReports);
+    Refill();
+    for (int row = 0; row < RowCount(); ++row)
+    {
+        SelectRow(row);
+        const std::vector<CReport*> chosen = SelectedReports();
+        if (chosen.size() == 1 && chosen.front()->m_id == id)
+            return;
+    }
+}
+
 void CSheetListView::SetReportListType(int type)
 {
     m_frame.App().SetReportListType(type);
@@ -1320,6 +1337,9 @@ void CSheetListView::FillContextMenu(QMenu& menu)
     };
     if (IsReportsPage())
     {
+        add(tr("&New Report..."), "newReport", m_frame.Doc().GetRootTask() != nullptr, [this] { NewReport(); });
+        add(tr("&Properties..."), "properties", selected == 1, [this] { EditProperties(); });
+        menu.addSeparator();
         add(tr("&Rename"), "rename", selected == 1, [this] { RenameSelected(); });
         add(tr("&Delete"), "delete", selected > 0, [this] { DeleteSelected(); });
         add(tr("E&xport..."), "export", selected == 1, [this] { ExportSelectedReport(); });

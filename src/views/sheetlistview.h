@@ -109,6 +109,8 @@ public:
     // Exports the selected report; the format follows the file's extension.
     void ExportSelectedReport();
     void SetReportListType(int type);
+    // "New Report...": the report wizard; the new report is selected on the Reports page.
+    void NewReport();
 
     // A task dragged from the tree and dropped here.
     void DropTask(uint32_t taskId, bool rightButton, const QPoint& globalPos);

@@ -6,6 +6,7 @@
 int RunMainFrameTests(int argc, char** argv);
 int RunEntryListTests(int argc, char** argv);
 int RunWidgetTests(int argc, char** argv);
+int RunReportWizardTests(int argc, char** argv);
 
 // One program for the suites of the views; the first argument names the suite, the
 // rest go to Qt Test (a test function name, -v2, ...).
@@ -22,6 +23,7 @@ int main(int argc, char** argv)
         {"mainframe", RunMainFrameTests},
         {"entrylists", RunEntryListTests},
         {"widgets", RunWidgetTests},
+        {"reportwizard", RunReportWizardTests},
     };
     std::vector<char*> args(argv, argv + argc);
     const char* wanted = argc > 1 ? argv[1] : nullptr;

@@ -11,6 +11,8 @@
 #include "views/mainframe.h"
 #include "views/qtconvert.h"
 #include "views/qtprompter.h"
+#include "views/reports/reportproperties.h"
+#include "views/reports/reportsheet.h"
 #include "views/sheetlistview.h"
 #include "views/taskview.h"
 #include "views/timesheetview.h"
@@ -19,6 +21,9 @@
 #include <QCommandLineParser>
 #include <QDate>
 #include <QTimer>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QRadioButton>
 #include <QTreeWidget>
 
 #include <cstdio>
@@ -109,7 +114,7 @@ int main(int argc, char** argv)
     }
     else if (scene == QLatin1String("todo") || scene == QLatin1String("todo-entry"))
         list->SetPage(CSheetListView::pageToDo);
-    else if (scene == QLatin1String("reports"))
+    else if (scene == QLatin1String("reports") || scene.startsWith(QLatin1String("report-")))
     {
         app.SetReportListType(3);
         list->SetPage(CSheetListView::pageReports);
@@ -147,6 +152,52 @@ int main(int argc, char** argv)
         editor = new CContactSheet(frame, *doc.m_contacts.begin()->second, &frame);
     else if (scene == QLatin1String("contacts"))
         editor = new CContactsDlg(frame, &frame);
+    else if (scene.startsWith(QLatin1String("report-wizard-")))
+    {
+        // A Time Summary on its way through the wizard, stopped at the page of the scene.
+        auto* wizard = new CReportSheet(frame, &frame);
+        const QString page = scene.mid(14);
+        wizard->TypePage()
+            ->KindButton(page == QLatin1String("invoice") ? CReport::invoice : CReport::timeSummary)
+            ->setChecked(true);
+        const int stop = page == QLatin1String("tasks")       ? CReportSheet::pageTasks
+                         : page == QLatin1String("dates")     ? CReportSheet::pageDates
+                         : page == QLatin1String("summarize") ? CReportSheet::pageSummarize
+                         : page == QLatin1String("fields")    ? CReportSheet::pageFields
+                         : page == QLatin1String("invoice")   ? CReportSheet::pageInvoice
+                         : page == QLatin1String("print")     ? CReportSheet::pagePrint
+                         : page == QLatin1String("name")      ? CReportSheet::pageName
+                                                              : CReportSheet::pageType;
+        wizard->restart();
+        for (int guard = 0; guard < 12; ++guard)
+        {
+            if (wizard->currentId() == CReportSheet::pageSummarize)
+            {
+                wizard->SummarizePage()->Part()->SelectLevel(2);
+                wizard->SummarizePage()->Part()->SelectTimeFrame(CReport::frameMonth);
+                wizard->SummarizePage()->Part()->TotalsBox()->setChecked(true);
+            }
+            if (wizard->currentId() == CReportSheet::pageTasks && development)
+                wizard->TasksPage()->Part()->Tree()->SelectTask(development->m_id);
+            if (wizard->currentId() == CReportSheet::pageFields)
+                wizard->FieldsPage()->Part()->Box(QStringLiteral("billing-rate"))->setChecked(true);
+            if (wizard->currentId() == stop)
+                break;
+            wizard->next();
+        }
+        editor = wizard;
+    }
+    else if (scene == QLatin1String("report-properties"))
+    {
+        for (const auto& report : doc.m_reports)
+            if (report->m_kind == CReport::timeSummary || report->m_kind == CReport::invoice)
+            {
+                auto* sheet = CreateReportProperties(frame, *report, &frame).release();
+                sheet->Pages()->setCurrentWidget(sheet->SummarizePage());
+                editor = sheet;
+                break;
+            }
+    }
     if (editor)
     {
         editor->setModal(true);

@@ -34,6 +34,9 @@ public:
     QString openName;
     bool archiveAnswer = false;
     ArchiveOptions archiveOptions;
+    QList<uint32_t> viewedReports; // "View report when done" shows nothing in a test
+
+    void ViewReport(uint32_t reportId) override { viewedReports.append(reportId); }
 
 protected:
     QString AskEmployeeName() override { return employeeName; }
