@@ -1114,16 +1114,7 @@ void CMainFrame::ShowManual()
 
 void CMainFrame::ViewReport(uint32_t reportId)
 {
-    // Shown as its HTML export in the user's browser until there is a print preview.
-    QString error;
-    const QString path = ExportReportForViewing(*this, reportId, &error);
-    if (path.isEmpty())
-    {
-        if (!error.isEmpty())
-            m_prompter.ShowMessage(FromQ(error), platform::Icon::error);
-        return;
-    }
-    QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    print::PreviewReport(this, m_doc, m_app, reportId);
 }
 
 void CMainFrame::ShowAbout()

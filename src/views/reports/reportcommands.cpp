@@ -1,15 +1,12 @@
 #include "views/reports/reportcommands.h"
 
 #include "model/timekeeperdoc.h"
-#include "reports/exportfile.h"
 #include "reports/reportrunner.h"
 #include "views/mainframe.h"
 #include "views/qtconvert.h"
 #include "views/reports/reportproperties.h"
 #include "views/reports/reportsheet.h"
 
-#include <QDir>
-#include <QTemporaryDir>
 
 #include <mutex>
 
@@ -54,28 +51,4 @@ bool EditReportProperties(CMainFrame& frame, uint32_t reportId, QWidget* parent)
         return false;
     std::unique_ptr<CReportProperties> sheet = CreateReportProperties(frame, *report, parent);
     return sheet && sheet->exec() == QDialog::Accepted;
-}
-
-QString ExportReportForViewing(CMainFrame& frame, uint32_t reportId, QString* error)
-{
-    static QTemporaryDir folder(QDir::tempPath() + QStringLiteral("/quorvane-reports-XXXXXX"));
-    CReport* report = frame.Doc().GetReport(reportId);
-    if (report == nullptr)
-        return QString();
-    if (!folder.isValid())
-    {
-        if (error)
-            *error = folder.errorString();
-        return QString();
-    }
-    const QString path = folder.filePath(QStringLiteral("report-%1.htm").arg(reportId));
-    std::string message;
-    if (!reports::ExportReportToFile(*report, frame.Doc(), frame.App(), reports::formatHtml,
-                                     FromQ(path), &message, &frame.Prompter()))
-    {
-        if (error)
-            *error = ToQ(message);
-        return QString();
-    }
-    return path;
 }

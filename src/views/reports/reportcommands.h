@@ -25,8 +25,3 @@ uint32_t AddReportFromWizard(CMainFrame& frame, const CReportSheet& sheet);
 
 // Opens the property sheet of the definition's kind; true when OK changed it.
 bool EditReportProperties(CMainFrame& frame, uint32_t reportId, QWidget* parent);
-
-// Writes the report's HTML export to a file of its own in a temporary folder that
-// lives as long as the program, and answers its path; empty with a message in
-// `error` when it cannot be written.
-QString ExportReportForViewing(CMainFrame& frame, uint32_t reportId, QString* error);
