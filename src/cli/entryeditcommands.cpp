@@ -157,9 +157,15 @@ int TimeSet(Context& ctx)
     entry->m_rate = custom ? newRate : 0.0;
     entry->m_overtime = newOvertime;
     entry->m_overtimeMultiplier = newMultiplier;
+    // The task first: pieces that fitting around other entries splits off belong to it.
+    CTask* oldTask = doc.GetTask(entry->m_taskId);
+    if (newTask && newTask->m_id != entry->m_taskId)
+        doc.ChangeEntryTask(entry, newTask);
 
     auto restore = [&]
     {
+        if (oldTask && entry->m_taskId != original.m_taskId)
+            doc.ChangeEntryTask(entry, oldTask);
         *entry = original;
         entry->m_day = day;
     };
@@ -198,8 +204,6 @@ int TimeSet(Context& ctx)
             for (const auto& e : day->TimeEntries())
                 if (std::find(before.begin(), before.end(), e.get()) == before.end())
                     stored.push_back(Span(*e));
-        if (newTask && newTask->m_id != entry->m_taskId)
-            doc.ChangeEntryTask(entry, newTask);
         if (CTask* task = doc.GetTask(entry->m_taskId))
         {
             task->m_lastNote = entry->m_note;
@@ -207,7 +211,8 @@ int TimeSet(Context& ctx)
         }
         day->InsertTimeEntry(day->RemoveTimeEntry(entry));
     }
-    const std::string task = s.TaskPath(resolved == 1 ? original.m_taskId : entry->m_taskId);
+    const std::string task =
+        s.TaskPath(resolved == 1 ? (newTask ? newTask->m_id : original.m_taskId) : entry->m_taskId);
     doc.RemoveDayIfEmpty(day);
     lock.unlock();
     s.Save();
