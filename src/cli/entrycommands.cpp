@@ -530,8 +530,9 @@ void RegisterEntryCommands(CommandTable& table)
                "FILE --date DATE N [--task TASK] [--start HH:MM] [--end HH:MM] [--activity "
                "NAME|none] [--note TEXT] [--billable yes|no] [--rate R] [--billing-defaults yes|no] "
                "[--overtime yes|no] [--multiplier M] [--on-conflict adjust-others|adjust-this|fail]",
-               "change a time entry as its editor does (row N of qvx entries --date DATE --kind time)",
-               TimeSet,
+               "change a time entry as its editor does", TimeSet,
+               "N is a row of qvx entries FILE --date DATE --kind time: rows are numbered in the\n"
+               "order of the desktop program's list (its sort order), all before anything changes." "\n"
                "The checks are the editor's: the end must be later than the start (an end of\n"
                "00:00 is midnight at the end of the day); a running entry keeps its open end and\n"
                "must have started before now. --billable or --rate give the entry billing of its\n"
@@ -550,28 +551,32 @@ void RegisterEntryCommands(CommandTable& table)
     table.Add({"expense set",
                "FILE --date DATE N [--task TASK] [--type NAME] [--amount X | --distance N "
                "[--rate R]] [--method NAME|none] [--billable yes|no] [--number N] [--note TEXT]",
-               "change an expense entry as its editor does (row N of qvx entries --date DATE "
-               "--kind expense)",
-               ExpenseSet,
+               "change an expense entry as its editor does", ExpenseSet,
+               "N is a row of qvx entries FILE --date DATE --kind expense: rows are numbered in the\n"
+               "order of the desktop program's list (its sort order), all before anything changes." "\n"
                "For the mileage type the amount is the distance times the rate, rounded to\n"
                "cents; without --rate the entry's own rate stays (the document's mileage rate\n"
                "for an entry that becomes a mileage entry)."});
     table.Add({"todo add", "FILE TASK DESCRIPTION [--due DATE] [--priority 1-9|A-Z] [--note TEXT]",
                "add an outstanding to-do entry", ToDoAdd});
     table.Add({"todo complete", "FILE --date DATE N...",
-               "complete to-do rows on DATE (N: rows of qvx entries FILE --date DATE --kind todo, "
-               "where outstanding items and those completed on DATE are listed)",
-               [](Context& ctx) { return ToDoCompleteOrReopen(ctx, true); }});
+               "complete to-do entries on DATE",
+               [](Context& ctx) { return ToDoCompleteOrReopen(ctx, true); },
+               "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+               "order of the desktop program's list (its sort order), all before anything changes." "\n"
+               "That listing holds the outstanding to-dos and those completed on DATE."});
     table.Add({"todo reopen", "FILE --date DATE N...",
-               "make completed to-dos outstanding again (N: rows of qvx entries FILE --date DATE "
-               "--kind todo)",
-               [](Context& ctx) { return ToDoCompleteOrReopen(ctx, false); }});
+               "make completed to-do entries outstanding again",
+               [](Context& ctx) { return ToDoCompleteOrReopen(ctx, false); },
+               "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+               "order of the desktop program's list (its sort order), all before anything changes." "\n"
+               "That listing holds the outstanding to-dos and those completed on DATE."});
     table.Add({"todo set",
                "FILE --date DATE N [--task TASK] [--description TEXT] [--priority 1-9|A-Z] "
                "[--due DATE|none] [--note TEXT]",
-               "change a to-do entry as its editor does (row N of qvx entries --date DATE --kind "
-               "todo)",
-               ToDoSet});
+               "change a to-do entry as its editor does", ToDoSet,
+               "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+               "order of the desktop program's list (its sort order), all before anything changes."});
     table.Add({"todo rm", "FILE --date DATE N...", "delete to-do entries",
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::todo); }});
     table.Add({"todo move", "FILE --date DATE N --task TASK", "give a to-do entry to another task",

@@ -458,7 +458,7 @@ int TaskSet(Context& ctx)
 void RegisterTaskCommands(CommandTable& table)
 {
     table.Add({"tasks", "FILE [--billing]",
-               "print the task tree (inactive tasks marked); --billing: what each task bills", Tasks,
+               "print the task tree; --billing: what each task bills", Tasks,
                "--billing shows under each task the billable flag, regular rate and overtime\n"
                "multiplier its time entries get, its activity rates, and whether they are the\n"
                "task's own or inherited from the task above that holds them. A time entry is\n"
