@@ -227,7 +227,8 @@ int Resume(Context& ctx)
     s.Save();
     const CTimeEntry* running = s.Timer().GetActiveEntry();
     std::cout << "Resumed " << s.TaskPath(running->m_taskId) << " at "
-              << s.App().FormatTime(running->m_start) << "\n";
+              << s.App().FormatTime(running->m_start) << "; "
+              << DescribeStart(s, *running, false, false) << "\n";
     return 0;
 }
 

@@ -440,7 +440,10 @@ TEST_F(QvxDailyTest, StartTakesAnActivityAndANoteThatAResumeKeeps)
     EXPECT_EQ(TaskOf(dump, 3)["last_activity"].Int(), 1);
 
     Ok({"pause", "doc.qvx"}, "2024-06-10 10:00");
-    Ok({"resume", "doc.qvx"}, "2024-06-10 10:30");
+    out = Ok({"resume", "doc.qvx"}, "2024-06-10 10:30");
+    EXPECT_TRUE(Contains(out, "Resumed Acme/Website at 10:30 AM; activity: Design (the task's "
+                              "last); note: \"Home page\" (the task's last)"))
+        << out;
     dump = DumpJson("doc.qvx");
     const Json& resumed = (*FindDay(dump, "20240610"))["time"][1];
     EXPECT_EQ(resumed["activity"].Int(), 1);
