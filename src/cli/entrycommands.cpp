@@ -361,17 +361,6 @@ int ExpenseMove(Context& ctx)
     return 0;
 }
 
-std::string ParsePriority(const std::string& text)
-{
-    if (text.size() == 1)
-    {
-        const char c = char(std::toupper(static_cast<unsigned char>(text[0])));
-        if ((c >= '1' && c <= '9') || (c >= 'A' && c <= 'Z'))
-            return std::string(1, c);
-    }
-    throw UsageError("--priority must be one of 1 to 9 or A to Z, not '" + text + "'");
-}
-
 int ToDoAdd(Context& ctx)
 {
     Args args(ctx.argv, {});

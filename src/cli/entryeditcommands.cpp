@@ -6,7 +6,6 @@
 #include "model/timekeeperdoc.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iostream>
 #include <optional>
 
@@ -331,14 +330,7 @@ int ToDoSet(Context& ctx)
     const CDateTime date = RequiredDate(args, "date");
     std::optional<std::string> priority;
     if (auto p = args.Option("priority"))
-    {
-        const std::string& text = *p;
-        const char c = text.size() == 1 ? char(std::toupper(static_cast<unsigned char>(text[0])))
-                                        : '\0';
-        if (!((c >= '1' && c <= '9') || (c >= 'A' && c <= 'Z')))
-            throw UsageError("--priority must be one of 1 to 9 or A to Z, not '" + text + "'");
-        priority = std::string(1, c);
-    }
+        priority = ParsePriority(*p);
     std::optional<CDateTime> due;
     if (auto d = args.Option("due"))
         due = MeansNone(*d) ? CDateTime::Null() : ParseDate(*d, "--due");

@@ -4,6 +4,7 @@
 #include "model/timekeeperdoc.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace cli
 {
@@ -68,6 +69,17 @@ std::string JoinTexts(const std::vector<std::string>& texts)
     for (const std::string& t : texts)
         out += (out.empty() ? "" : ", ") + t;
     return out;
+}
+
+std::string ParsePriority(const std::string& text)
+{
+    if (text.size() == 1)
+    {
+        const char c = char(std::toupper(static_cast<unsigned char>(text[0])));
+        if ((c >= '1' && c <= '9') || (c >= 'A' && c <= 'Z'))
+            return std::string(1, c);
+    }
+    throw UsageError("--priority must be one of 1 to 9 or A to Z, not '" + text + "'");
 }
 
 } // namespace cli

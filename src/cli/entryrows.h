@@ -35,6 +35,9 @@ void RefuseSummaryTask(const CTask* task, unsigned messageId);
 // "09:00-10:30", or "09:00-running".
 std::string Span(const CTimeEntry& e);
 
+// "1" to "9" or "A" to "Z" (a lower-case letter is raised); UsageError otherwise.
+std::string ParsePriority(const std::string& text);
+
 // "Alice", "Bob" and "Carol" -> "Alice, Bob, Carol".
 std::string JoinTexts(const std::vector<std::string>& texts);
 
