@@ -100,10 +100,8 @@ CommandSession::CommandSession(Context& ctx, const std::string& path, Mode mode,
             m_doc.Save();
         else
             written = WriteMidnightChange(ctx, path);
-        std::cerr << DescribeMidnightChange(before) << (written ? "" : " (not yet written: another "
-                                                                       "copy of the program holds "
-                                                                       "the file)")
-                  << "\n";
+        const char* const held = " (not yet written: another copy of the program holds the file)";
+        std::cerr << DescribeMidnightChange(before) << (written ? "" : held) << "\n";
     }
 
     m_timer->RestorePausedState(m_app.Store(), path);
@@ -138,11 +136,11 @@ std::string CommandSession::DescribeMidnightChange(const MidnightSnapshot& befor
             if (e.get() == before.entry)
                 stopped = e.get();
     const CTimeEntry* running = m_timer->GetActiveEntry();
-    std::string text = "The timer of " + TaskPath(before.taskId) +
-                       (running ? " ran past midnight and was split by day"
-                                : " was stopped at midnight") +
-                       ": its entry of " + before.date.Format("%Y-%m-%d") + " from " +
-                       App().FormatTime(before.start);
+    std::string text =
+        "The timer of " + TaskPath(before.taskId) +
+        (running ? " ran past midnight and was split by day" : " was stopped at midnight") +
+        ": its entry of " + before.date.Format("%Y-%m-%d") + " from " +
+        App().FormatTime(before.start);
     if (stopped && !stopped->IsRunning())
         text += " now ends at " + stopped->m_end.ToText();
     else

@@ -151,8 +151,7 @@ int TimeAdd(Context& ctx)
                   << date.Format("%Y-%m-%d") << " and was not added\n";
     else if (s.Ui().LastChoice() == 1)
         std::cout << "Added " << JoinTexts(stored) << " on " << date.Format("%Y-%m-%d") << " to "
-                  << s.TaskPath(task) << " (" << span
-                  << " was fitted around the other entries)\n";
+                  << s.TaskPath(task) << " (" << span << " was fitted around the other entries)\n";
     else
         std::cout << "Added " << JoinTexts(stored) << " on " << date.Format("%Y-%m-%d") << " to "
                   << s.TaskPath(task)
@@ -494,9 +493,9 @@ int Entries(Context& ctx)
         {
             const BillingTotals t = SumBilling(s, table);
             std::cout << "Billable: " << s.App().FormatNumber(t.billableHours) << " hours, "
-                      << s.App().FormatCurrency(t.billableAmount) << "; not billable: "
-                      << s.App().FormatNumber(t.hours - t.billableHours) << " hours, "
-                      << s.App().FormatCurrency(t.amount - t.billableAmount) << "\n";
+                      << s.App().FormatCurrency(t.billableAmount)
+                      << "; not billable: " << s.App().FormatNumber(t.hours - t.billableHours)
+                      << " hours, " << s.App().FormatCurrency(t.amount - t.billableAmount) << "\n";
         }
     }
     return 0;
@@ -515,19 +514,20 @@ void RegisterEntryCommands(CommandTable& table)
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::time); }});
     table.Add({"time move", "FILE --date DATE N --task TASK", "give a time entry to another task",
                TimeMove});
-    table.Add({"time set",
-               "FILE --date DATE N [--task TASK] [--start HH:MM] [--end HH:MM] [--activity "
-               "NAME|none] [--note TEXT] [--billable yes|no] [--rate R] [--billing-defaults yes|no] "
-               "[--overtime yes|no] [--multiplier M] [--on-conflict adjust-others|adjust-this|fail]",
-               "change a time entry as its editor does", TimeSet,
-               "N is a row of qvx entries FILE --date DATE --kind time: rows are numbered in the\n"
-               "order of the desktop program's list (its sort order), all before anything changes." "\n"
-               "The checks are the editor's: the end must be later than the start (an end of\n"
-               "00:00 is midnight at the end of the day); a running entry keeps its open end and\n"
-               "must have started before now. --billable or --rate give the entry billing of its\n"
-               "own (starting from what the task and activity gave it); --billing-defaults yes\n"
-               "returns it to the task's billing. An overlap with other entries is resolved as\n"
-               "--on-conflict says (or asked); refused, nothing changes."});
+    table.Add(
+        {"time set",
+         "FILE --date DATE N [--task TASK] [--start HH:MM] [--end HH:MM] [--activity "
+         "NAME|none] [--note TEXT] [--billable yes|no] [--rate R] [--billing-defaults yes|no] "
+         "[--overtime yes|no] [--multiplier M] [--on-conflict adjust-others|adjust-this|fail]",
+         "change a time entry as its editor does", TimeSet,
+         "N is a row of qvx entries FILE --date DATE --kind time: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "The checks are the editor's: the end must be later than the start (an end of\n"
+         "00:00 is midnight at the end of the day); a running entry keeps its open end and\n"
+         "must have started before now. --billable or --rate give the entry billing of its\n"
+         "own (starting from what the task and activity gave it); --billing-defaults yes\n"
+         "returns it to the task's billing. An overlap with other entries is resolved as\n"
+         "--on-conflict says (or asked); refused, nothing changes."});
     table.Add(
         {"expense add",
          "FILE TASK --date DATE (--amount X | --distance N [--rate R]) --type NAME [--method NAME] "
@@ -537,35 +537,37 @@ void RegisterEntryCommands(CommandTable& table)
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::expense); }});
     table.Add({"expense move", "FILE --date DATE N (--to DATE | --task TASK)",
                "move an expense entry to another day or task", ExpenseMove});
-    table.Add({"expense set",
-               "FILE --date DATE N [--task TASK] [--type NAME] [--amount X | --distance N "
-               "[--rate R]] [--method NAME|none] [--billable yes|no] [--number N] [--note TEXT]",
-               "change an expense entry as its editor does", ExpenseSet,
-               "N is a row of qvx entries FILE --date DATE --kind expense: rows are numbered in the\n"
-               "order of the desktop program's list (its sort order), all before anything changes." "\n"
-               "For the mileage type the amount is the distance times the rate, rounded to\n"
-               "cents; without --rate the entry's own rate stays (the document's mileage rate\n"
-               "for an entry that becomes a mileage entry)."});
+    table.Add(
+        {"expense set",
+         "FILE --date DATE N [--task TASK] [--type NAME] [--amount X | --distance N "
+         "[--rate R]] [--method NAME|none] [--billable yes|no] [--number N] [--note TEXT]",
+         "change an expense entry as its editor does", ExpenseSet,
+         "N is a row of qvx entries FILE --date DATE --kind expense: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "For the mileage type the amount is the distance times the rate, rounded to\n"
+         "cents; without --rate the entry's own rate stays (the document's mileage rate\n"
+         "for an entry that becomes a mileage entry)."});
     table.Add({"todo add", "FILE TASK DESCRIPTION [--due DATE] [--priority 1-9|A-Z] [--note TEXT]",
                "add an outstanding to-do entry", ToDoAdd});
-    table.Add({"todo complete", "FILE --date DATE N...",
-               "complete to-do entries on DATE",
-               [](Context& ctx) { return ToDoCompleteOrReopen(ctx, true); },
-               "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
-               "order of the desktop program's list (its sort order), all before anything changes." "\n"
-               "That listing holds the outstanding to-dos and those completed on DATE."});
-    table.Add({"todo reopen", "FILE --date DATE N...",
-               "make completed to-do entries outstanding again",
-               [](Context& ctx) { return ToDoCompleteOrReopen(ctx, false); },
-               "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
-               "order of the desktop program's list (its sort order), all before anything changes." "\n"
-               "That listing holds the outstanding to-dos and those completed on DATE."});
-    table.Add({"todo set",
-               "FILE --date DATE N [--task TASK] [--description TEXT] [--priority 1-9|A-Z] "
-               "[--due DATE|none] [--note TEXT]",
-               "change a to-do entry as its editor does", ToDoSet,
-               "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
-               "order of the desktop program's list (its sort order), all before anything changes."});
+    table.Add(
+        {"todo complete", "FILE --date DATE N...", "complete to-do entries on DATE",
+         [](Context& ctx) { return ToDoCompleteOrReopen(ctx, true); },
+         "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "That listing holds the outstanding to-dos and those completed on DATE."});
+    table.Add(
+        {"todo reopen", "FILE --date DATE N...", "make completed to-do entries outstanding again",
+         [](Context& ctx) { return ToDoCompleteOrReopen(ctx, false); },
+         "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "That listing holds the outstanding to-dos and those completed on DATE."});
+    table.Add(
+        {"todo set",
+         "FILE --date DATE N [--task TASK] [--description TEXT] [--priority 1-9|A-Z] "
+         "[--due DATE|none] [--note TEXT]",
+         "change a to-do entry as its editor does", ToDoSet,
+         "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes."});
     table.Add({"todo rm", "FILE --date DATE N...", "delete to-do entries",
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::todo); }});
     table.Add({"todo move", "FILE --date DATE N --task TASK", "give a to-do entry to another task",

@@ -50,8 +50,8 @@ int TimeSet(Context& ctx)
 {
     Args args(ctx.argv, {});
     args.Expect(2, 2,
-                {"date", "task", "start", "end", "activity", "note", "billable", "rate",
-                 "overtime", "multiplier", "billing-defaults", "on-conflict"});
+                {"date", "task", "start", "end", "activity", "note", "billable", "rate", "overtime",
+                 "multiplier", "billing-defaults", "on-conflict"});
     ConflictPolicy policy = ConflictPolicy::ask;
     if (auto p = args.Option("on-conflict"))
         policy = ParseConflictPolicy(*p);
@@ -221,7 +221,8 @@ int TimeSet(Context& ctx)
                   << date.Format("%Y-%m-%d") << " and was removed\n";
         return 0;
     }
-    std::cout << "Updated " << JoinTexts(stored) << " of " << date.Format("%Y-%m-%d") << ", " << task;
+    std::cout << "Updated " << JoinTexts(stored) << " of " << date.Format("%Y-%m-%d") << ", "
+              << task;
     if (!conflicts.empty())
         std::cout << (s.Ui().LastChoice() == 1 ? " (fitted around the other entries)"
                                                : " (overlapping entries adjusted)");
@@ -273,8 +274,8 @@ int ExpenseSet(Context& ctx)
         typeId = FindRecord(doc.m_expenseTypes, *t, "expense type")->m_id;
     uint32_t methodId = entry->m_paymentMethodId;
     if (auto m = args.Option("method"))
-        methodId =
-            MeansNone(*m) ? uint32_t(-1) : FindRecord(doc.m_paymentMethods, *m, "payment method")->m_id;
+        methodId = MeansNone(*m) ? uint32_t(-1)
+                                 : FindRecord(doc.m_paymentMethods, *m, "payment method")->m_id;
 
     std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
     const bool mileage = typeId == CExpenseType::kMileageId;
@@ -359,8 +360,7 @@ int ToDoSet(Context& ctx)
     if (newTask && newTask->m_id != todo->m_taskId)
         doc.ChangeEntryTask(todo, newTask);
     s.Save();
-    std::cout << "Updated '" << todo->m_description << "', " << s.TaskPath(todo->m_taskId)
-              << "\n";
+    std::cout << "Updated '" << todo->m_description << "', " << s.TaskPath(todo->m_taskId) << "\n";
     return 0;
 }
 

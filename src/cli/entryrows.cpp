@@ -33,10 +33,9 @@ std::vector<CEntry*> SelectRows(CommandSession& s, EntryKind kind, const CDateTi
     {
         const int row = ParseInt(n, "the row number");
         if (row < 1 || size_t(row) > table.rows.size())
-            throw CommandError("there is no row " + n + " on the " + PageTitle(kind) +
-                               " page of " + day + " (it has " +
-                               std::to_string(table.rows.size()) + " rows; " + listing +
-                               " lists them)");
+            throw CommandError("there is no row " + n + " on the " + PageTitle(kind) + " page of " +
+                               day + " (it has " + std::to_string(table.rows.size()) + " rows; " +
+                               listing + " lists them)");
         CEntry* e = table.rows[size_t(row) - 1].entry;
         if (std::find(chosen.begin(), chosen.end(), e) == chosen.end())
             chosen.push_back(e);

@@ -307,9 +307,9 @@ EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateT
         break;
     case EntryKind::todo:
         table.columns =
-            dateView ? std::vector<std::string>{"Task", "Description", "Due Date", "Priority",
-                                                "Status"}
-                     : std::vector<std::string>{"Description", "Due Date", "Completed", "Priority"};
+            dateView
+                ? std::vector<std::string>{"Task", "Description", "Due Date", "Priority", "Status"}
+                : std::vector<std::string>{"Description", "Due Date", "Completed", "Priority"};
         break;
     }
 

@@ -640,12 +640,13 @@ int Invoice(Context& ctx)
         PrintPages(s, *report);
     s.Save();
     // With the invoice itself on standard output, this message must not end up in it.
-    std::ostream& messages = exportIt && args.Option("out").value_or("") == "-" ? std::cerr : std::cout;
+    std::ostream& messages =
+        exportIt && args.Option("out").value_or("") == "-" ? std::cerr : std::cout;
     messages << "Invoice number " << number
-              << (report->m_numberMode == 0 && report->m_invoiceNumber != before
-                      ? " (the next one is " + std::to_string(s.App().GetInvoiceNumber()) + ")"
-                      : std::string())
-              << "\n";
+             << (report->m_numberMode == 0 && report->m_invoiceNumber != before
+                     ? " (the next one is " + std::to_string(s.App().GetInvoiceNumber()) + ")"
+                     : std::string())
+             << "\n";
     return 0;
 }
 } // namespace

@@ -75,14 +75,12 @@ void PrintBilling(CommandSession& s, const CTask& task, size_t indentWidth)
         std::cout << indent << "activity rates: " << (rates.empty() ? "none" : rates)
                   << "; other activities: the regular rate (" << from << ")\n";
     else
-        std::cout << indent << "activity rates off: " << rates << " not used (" << from
-                  << ")\n";
+        std::cout << indent << "activity rates off: " << rates << " not used (" << from << ")\n";
 }
 
 void PrintBillingTree(CommandSession& s, const CTask& task, int depth)
 {
-    std::cout << std::string(size_t(depth) * 2, ' ') << task.m_name << "  (#" << task.m_id
-              << ")\n";
+    std::cout << std::string(size_t(depth) * 2, ' ') << task.m_name << "  (#" << task.m_id << ")\n";
     PrintBilling(s, task, size_t(depth) * 2 + 4);
     for (const CTask* child : task.m_children)
         PrintBillingTree(s, *child, depth + 1);
@@ -142,8 +140,7 @@ void SetActivityRate(CommandSession& s, CTask& task, const std::string& spec)
         throw UsageError("--activity-rate takes ACTIVITY=RATE, ACTIVITY=not-billable or "
                          "ACTIVITY=default; not '" +
                          spec + "'");
-    const CActivity* activity =
-        FindRecord(s.Doc().m_activities, spec.substr(0, eq), "activity");
+    const CActivity* activity = FindRecord(s.Doc().m_activities, spec.substr(0, eq), "activity");
     const std::string value = spec.substr(eq + 1);
     TakeOwnBilling(task);
     if (value == "default")
@@ -457,8 +454,8 @@ int TaskSet(Context& ctx)
 
 void RegisterTaskCommands(CommandTable& table)
 {
-    table.Add({"tasks", "FILE [--billing]",
-               "print the task tree; --billing: what each task bills", Tasks,
+    table.Add({"tasks", "FILE [--billing]", "print the task tree; --billing: what each task bills",
+               Tasks,
                "--billing shows under each task the billable flag, regular rate and overtime\n"
                "multiplier its time entries get, its activity rates, and whether they are the\n"
                "task's own or inherited from the task above that holds them. A time entry is\n"
@@ -475,19 +472,20 @@ void RegisterTaskCommands(CommandTable& table)
                [](Context& c) { return TaskActive(c, true); }});
     table.Add({"task active", "FILE TASK", "mark a task active again",
                [](Context& c) { return TaskActive(c, false); }});
-    table.Add({"task set",
-               "FILE TASK [--abbrev A] [--task-id ID] [--rate R] [--billable yes|no] "
-               "[--overtime-multiplier M] "
-               "[--use-parent-billing yes|no] [--use-parent-task-id yes|no] [--use-parent-contact "
-               "yes|no] "
-               "[--use-activity-rates yes|no] [--contact ID] [--notes TEXT] [--hours-estimate H] "
-               "[--cost-estimate C] [--level N] [--activity-rate ACTIVITY=RATE|not-billable|default]...",
-               "change a task's properties", TaskSet,
-               "--activity-rate sets what the task bills for one activity (may be given several\n"
-               "times): a rate, not-billable, or default (the task's regular rate). Setting a\n"
-               "rate or not-billable turns the task's activity rates on. Changing billing on a\n"
-               "task that inherits it gives the task billing of its own, starting from the\n"
-               "inherited values. qvx tasks FILE --billing shows the result."});
+    table.Add(
+        {"task set",
+         "FILE TASK [--abbrev A] [--task-id ID] [--rate R] [--billable yes|no] "
+         "[--overtime-multiplier M] "
+         "[--use-parent-billing yes|no] [--use-parent-task-id yes|no] [--use-parent-contact "
+         "yes|no] "
+         "[--use-activity-rates yes|no] [--contact ID] [--notes TEXT] [--hours-estimate H] "
+         "[--cost-estimate C] [--level N] [--activity-rate ACTIVITY=RATE|not-billable|default]...",
+         "change a task's properties", TaskSet,
+         "--activity-rate sets what the task bills for one activity (may be given several\n"
+         "times): a rate, not-billable, or default (the task's regular rate). Setting a\n"
+         "rate or not-billable turns the task's activity rates on. Changing billing on a\n"
+         "task that inherits it gives the task billing of its own, starting from the\n"
+         "inherited values. qvx tasks FILE --billing shows the result."});
 }
 
 } // namespace cli

@@ -294,9 +294,8 @@ void RegisterTimerCommands(CommandTable& table)
     table.Add({"pause", "FILE", "pause the running timer", Pause});
     table.Add({"resume", "FILE", "resume the paused timer", Resume});
     table.Add({"status", "FILE", "show the running or paused timer", Status});
-    table.Add(
-        {"recent", "FILE", "list the recently timed tasks (line numbers for start --recent N)",
-         Recent});
+    table.Add({"recent", "FILE",
+               "list the recently timed tasks (line numbers for start --recent N)", Recent});
 }
 
 } // namespace cli

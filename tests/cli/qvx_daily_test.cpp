@@ -154,12 +154,12 @@ TEST_F(QvxDailyTest, WeekWithActivityRatesIsInvoicedAsTheEntriesBill)
         double rate;
     };
     const std::vector<Work> billed = {
-        {"Website", 150, 120.0},      // Mon, Design at Acme's activity rate
-        {"Website", 75, 100.0},       // Tue, Meetings: no activity rate, the regular rate
+        {"Website", 150, 120.0},       // Mon, Design at Acme's activity rate
+        {"Website", 75, 100.0},        // Tue, Meetings: no activity rate, the regular rate
         {"Website", 150, 100.0 * 1.5}, // Thu, overtime
-        {"Support", 60, 80.0},        // Mon, what is left after the correction
-        {"Support", 60, 120.0},       // Wed, Design rate copied when Support took its own billing
-        {"Support", 60, 60.0},        // Fri, the entry's own rate
+        {"Support", 60, 80.0},         // Mon, what is left after the correction
+        {"Support", 60, 120.0},        // Wed, Design rate copied when Support took its own billing
+        {"Support", 60, 60.0},         // Fri, the entry's own rate
     };
     std::map<std::string, double> expected;
     std::map<std::string, int> expectedMinutes;
@@ -213,9 +213,9 @@ TEST_F(QvxDailyTest, WeekWithActivityRatesIsInvoicedAsTheEntriesBill)
     {
         EXPECT_NEAR(invoiced[task], value, 0.005) << task;
         const int minutes = expectedMinutes[task];
-        EXPECT_EQ(invoicedTime[task],
-                  std::to_string(minutes / 60) + ":" + (minutes % 60 < 10 ? "0" : "") +
-                      std::to_string(minutes % 60))
+        EXPECT_EQ(invoicedTime[task], std::to_string(minutes / 60) + ":" +
+                                          (minutes % 60 < 10 ? "0" : "") +
+                                          std::to_string(minutes % 60))
             << task;
     }
     EXPECT_NEAR(invoiced["TOTAL"], expectedTotal, 0.005);
@@ -295,8 +295,8 @@ TEST_F(QvxDailyTest, TimeSetGoesThroughTheEditorsChecks)
             "there is no activity 'Nope'");
 
     // An end of 00:00 is the end of the day; the note and activity become the task's last.
-    Ok({"time", "set", "doc.qvx", "--date", "2024-06-10", "2", "--start", "22:00", "--end",
-        "00:00", "--activity", "Design", "--note", "Late fix"});
+    Ok({"time", "set", "doc.qvx", "--date", "2024-06-10", "2", "--start", "22:00", "--end", "00:00",
+        "--activity", "Design", "--note", "Late fix"});
     Json dump = DumpJson("doc.qvx");
     EXPECT_EQ(SpansOf(dump, "20240610"),
               (std::vector<std::string>{"3 09:00-10:00", "4 22:00-24:00"}));
@@ -340,7 +340,8 @@ TEST_F(QvxDailyTest, TimeSetOnTheRunningEntry)
     QvxResult r = Run({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--start", "09:45"},
                       "2024-06-10 09:30");
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "The Start Time must be before the current time on an active task."))
+    EXPECT_TRUE(
+        Contains(r.err, "The Start Time must be before the current time on an active task."))
         << r.err;
     r = Run({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--end", "09:20"},
             "2024-06-10 09:30");
@@ -359,8 +360,8 @@ TEST_F(QvxDailyTest, ExpenseAndToDoSet)
     Ok({"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-10", "--amount", "12.50", "--type",
         "Lunch"});
     // Becoming a mileage entry: the amount is distance x rate, a half cent rounding up.
-    Ok({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--type", "Mileage",
-        "--distance", "1", "--rate", "0.125"});
+    Ok({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--type", "Mileage", "--distance",
+        "1", "--rate", "0.125"});
     Json dump = DumpJson("doc.qvx");
     const Json& mileage = (*FindDay(dump, "20240610"))["expenses"][0];
     EXPECT_EQ(mileage["expense_type"].Int(), 9);
@@ -370,9 +371,9 @@ TEST_F(QvxDailyTest, ExpenseAndToDoSet)
         "0.375"});
     EXPECT_DOUBLE_EQ((*FindDay(DumpJson("doc.qvx"), "20240610"))["expenses"][0]["amount"].Number(),
                      3.75);
-    EXPECT_EQ(Run({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--amount", "5"})
-                  .exitCode,
-              2);
+    EXPECT_EQ(
+        Run({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--amount", "5"}).exitCode,
+        2);
     // Back to an ordinary type: the distance goes, the amount is the one given.
     std::string out = Ok({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--type",
                           "Taxi", "--amount", "23.40", "--billable", "no", "--note", "Airport"});
@@ -424,14 +425,15 @@ TEST_F(QvxDailyTest, ToDoRowsCompleteAndReopenSeveralAtOnce)
     EXPECT_TRUE(Contains(out, "Reopened 'First', 'Third'")) << out;
     EXPECT_TRUE(Contains(out, "'Second' was not completed")) << out;
     EXPECT_EQ(DumpJson("doc.qvx")["todos"].Size(), 3u);
-    EXPECT_TRUE(Contains(Ok({"help", "todo", "complete"}), "qvx entries FILE --date DATE --kind todo"));
+    EXPECT_TRUE(
+        Contains(Ok({"help", "todo", "complete"}), "qvx entries FILE --date DATE --kind todo"));
 }
 
 TEST_F(QvxDailyTest, StartTakesAnActivityAndANoteThatAResumeKeeps)
 {
-    std::string out = Ok({"start", "doc.qvx", "Acme/Website", "--activity", "design", "--note",
-                          "Home page"},
-                         "2024-06-10 09:00");
+    std::string out =
+        Ok({"start", "doc.qvx", "Acme/Website", "--activity", "design", "--note", "Home page"},
+           "2024-06-10 09:00");
     EXPECT_TRUE(Contains(out, "Started Acme/Website at 9:00 AM; activity: Design; note: \"Home "
                               "page\""))
         << out;
@@ -470,8 +472,7 @@ TEST_F(QvxDailyTest, StartTakesAnActivityAndANoteThatAResumeKeeps)
 TEST_F(QvxDailyTest, AddressesReadLineBreaksAlike)
 {
     std::string out = Ok({"options", "--invoice-address", "Pat Doe\\nSide Street 2"});
-    EXPECT_TRUE(Contains(out, "Invoice address: Pat Doe\n                 Side Street 2\n"))
-        << out;
+    EXPECT_TRUE(Contains(out, "Invoice address: Pat Doe\n                 Side Street 2\n")) << out;
     Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme", "--task", "Acme",
         "--recipient", "Acme Corp\\n1 Main Street"});
     out = Ok({"report", "show", "doc.qvx", "Acme"});
@@ -482,8 +483,9 @@ TEST_F(QvxTest, VersionIsNamed)
 {
     const std::string version = Ok({"--version"});
     std::smatch m;
-    ASSERT_TRUE(std::regex_search(version, m, std::regex("^qvx \\(Quorvane Time & Expense\\) "
-                                                         "([0-9]+\\.[0-9]+)\n$")))
+    ASSERT_TRUE(std::regex_search(version, m,
+                                  std::regex("^qvx \\(Quorvane Time & Expense\\) "
+                                             "([0-9]+\\.[0-9]+)\n$")))
         << version;
     EXPECT_TRUE(Contains(Ok({"help"}), "qvx " + m[1].str() + ","));
 }

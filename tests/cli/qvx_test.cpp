@@ -233,9 +233,10 @@ TEST_F(QvxDocTest, TimerLeftRunningOverMidnightIsSplit)
     EXPECT_TRUE(Contains(status.out, "12:00 AM")) << status.out;
     EXPECT_TRUE(Contains(status.out, "Elapsed: 7:00")) << status.out;
     // The first command after midnight says what happened, and writes it, even a reading one.
-    EXPECT_TRUE(Contains(status.err, "The timer of Acme/Website ran past midnight and was split by "
-                                     "day: its entry of 2024-06-11 from 10:30 PM now ends at 24:00; "
-                                     "it runs on from 12:00 AM on 2024-06-13"))
+    EXPECT_TRUE(Contains(status.err,
+                         "The timer of Acme/Website ran past midnight and was split by "
+                         "day: its entry of 2024-06-11 from 10:30 PM now ends at 24:00; "
+                         "it runs on from 12:00 AM on 2024-06-13"))
         << status.err;
     EXPECT_EQ(TimeOf(DumpJson("doc.qvx"), "20240611"), (std::vector<Span>{{3, "22:30", "24:00"}}));
     const QvxResult again = Run({"status", "doc.qvx"}, "2024-06-13 07:05");
@@ -762,7 +763,8 @@ TEST_F(QvxDocTest, InvoiceNumbering)
     EXPECT_EQ(unanswered.exitCode, 1);
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
     // The export on standard output stays clean: the message goes to standard error.
-    const QvxResult piped = Run({"--no", "invoice", "doc.qvx", "Acme", "--format", "csv", "--out", "-"});
+    const QvxResult piped =
+        Run({"--no", "invoice", "doc.qvx", "Acme", "--format", "csv", "--out", "-"});
     EXPECT_EQ(piped.exitCode, 0) << piped.err;
     EXPECT_TRUE(Contains(piped.err, "Invoice number 41")) << piped.err;
     EXPECT_FALSE(Contains(piped.out, "Invoice number")) << piped.out;
