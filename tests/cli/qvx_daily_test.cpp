@@ -333,8 +333,8 @@ TEST_F(QvxDailyTest, TimeSetGoesThroughTheEditorsChecks)
                                         "4 22:00-24:00"}));
 
     // time add says the same: the times stored, not the ones asked.
-    out = Ok({"time", "add", "doc.qvx", "Acme", "--date", "2024-06-10", "--start", "08:00",
-              "--end", "23:00", "--on-conflict", "adjust-this"});
+    out = Ok({"time", "add", "doc.qvx", "Acme", "--date", "2024-06-10", "--start", "08:00", "--end",
+              "23:00", "--on-conflict", "adjust-this"});
     EXPECT_TRUE(Contains(out, "Added 08:00-09:00, 14:00-22:00 on 2024-06-10 to Acme (08:00-23:00 "
                               "was fitted around the other entries)"))
         << out;
