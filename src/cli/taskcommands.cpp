@@ -133,15 +133,15 @@ void TakeOwnBilling(CTask& task)
 
 // "ACTIVITY=RATE", "ACTIVITY=not-billable" or "ACTIVITY=default": the three choices of
 // the Activity Rate dialog.
-void SetActivityRate(CommandSession& s, CTask& task, const std::string& spec)
+void SetActivityRate(CommandSession& s, CTask& task, const std::string& choice)
 {
-    const size_t eq = spec.rfind('=');
-    if (eq == std::string::npos || eq == 0 || eq + 1 == spec.size())
+    const size_t eq = choice.rfind('=');
+    if (eq == std::string::npos || eq == 0 || eq + 1 == choice.size())
         throw UsageError("--activity-rate takes ACTIVITY=RATE, ACTIVITY=not-billable or "
                          "ACTIVITY=default; not '" +
-                         spec + "'");
-    const CActivity* activity = FindRecord(s.Doc().m_activities, spec.substr(0, eq), "activity");
-    const std::string value = spec.substr(eq + 1);
+                         choice + "'");
+    const CActivity* activity = FindRecord(s.Doc().m_activities, choice.substr(0, eq), "activity");
+    const std::string value = choice.substr(eq + 1);
     TakeOwnBilling(task);
     if (value == "default")
     {
@@ -394,9 +394,9 @@ int TaskSet(Context& ctx)
         task->m_useActivityRates = use;
         changed = true;
     }
-    for (const std::string& spec : activityRates)
+    for (const std::string& choice : activityRates)
     {
-        SetActivityRate(s, *task, spec);
+        SetActivityRate(s, *task, choice);
         changed = true;
     }
     if (auto v = args.Option("contact"))
