@@ -49,11 +49,15 @@ std::string NonEmptyName(const Args& args, size_t index)
 int ActivityAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
-    args.Expect(2, 2, {"rate"});
+    // The activity record has a rate field, but billing never reads it: offering it here
+    // would suggest that time of this activity is billed at it.
+    if (args.Option("rate"))
+        throw UsageError("billing does not use a rate of the activity itself; set what a task "
+                         "bills for it with qvx task set FILE TASK --activity-rate "
+                         "ACTIVITY=RATE");
+    args.Expect(2, 2, {});
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CActivity* a = s.Doc().AddActivity(NonEmptyName(args, 1));
-    if (auto r = args.Option("rate"))
-        a->m_rate = ParseDouble(*r, "--rate");
     s.Save();
     std::cout << "Added activity #" << a->m_id << " '" << a->m_name << "'\n";
     return 0;
@@ -316,7 +320,9 @@ int ContactList(Context& ctx)
 
 void RegisterCatalogCommands(CommandTable& table)
 {
-    table.Add({"activity add", "FILE NAME [--rate R]", "add an activity", ActivityAdd});
+    table.Add({"activity add", "FILE NAME", "add an activity", ActivityAdd,
+               "Time of an activity is billed at the task's rate for that activity (qvx task set\n"
+               "FILE TASK --activity-rate ACTIVITY=RATE), else at the task's regular rate."});
     table.Add({"activity rename", "FILE ACTIVITY NAME",
                "rename an activity (ACTIVITY: #id or name)", ActivityRename});
     table.Add({"activity rm", "FILE ACTIVITY",

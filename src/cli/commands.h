@@ -24,6 +24,7 @@ struct Command
     std::string usage;   // "FILE --employee NAME"
     std::string summary; // one line for the help text
     std::function<int(Context&)> run;
+    std::string details; // further lines for "qvx help COMMAND"; may be empty
 };
 
 class CommandTable

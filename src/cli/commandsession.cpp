@@ -31,6 +31,12 @@ int CliTimerUi::EditTimeEntry(CDay&, CTimeEntry&)
 
 int CliTimerUi::ChooseConflictResolution()
 {
+    m_lastChoice = AskConflictResolution();
+    return m_lastChoice;
+}
+
+int CliTimerUi::AskConflictResolution()
+{
     switch (m_policy)
     {
     case ConflictPolicy::adjustOthers:
@@ -81,15 +87,94 @@ CommandSession::CommandSession(Context& ctx, const std::string& path, Mode mode,
     m_timer = std::make_unique<CTimer>(m_doc.Doc(), m_app.App(), m_ui, ctx.prompter);
 
     // A timer left running over midnight is stopped or split as the file is opened;
-    // that is kept even when the command itself then changes nothing.
+    // that is kept even when the command itself then changes nothing, and said once.
+    const MidnightSnapshot before = TakeMidnightSnapshot(m_doc.Doc());
     bool midnightChanged = false;
     const int observer = m_doc.Doc().AddObserver([&](unsigned) { midnightChanged = true; });
     m_timer->OnDocumentOpened();
     m_doc.Doc().RemoveObserver(observer);
-    if (midnightChanged && mode == Mode::change)
-        m_doc.Save();
+    if (midnightChanged)
+    {
+        bool written = true;
+        if (mode == Mode::change)
+            m_doc.Save();
+        else
+            written = WriteMidnightChange(ctx, path);
+        const char* const held = " (not yet written: another copy of the program holds the file)";
+        std::cerr << DescribeMidnightChange(before) << (written ? "" : held) << "\n";
+    }
 
     m_timer->RestorePausedState(m_app.Store(), path);
+}
+
+CommandSession::MidnightSnapshot CommandSession::TakeMidnightSnapshot(const CTimeKeeperDoc& doc)
+{
+    std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
+    MidnightSnapshot snap;
+    // The entry the timer resumes on: the last one read with an open end.
+    snap.entry = doc.m_activeEntry;
+    for (const auto& [key, day] : doc.m_days)
+        for (const auto& e : day->TimeEntries())
+            if (!doc.m_activeEntry && e->IsRunning())
+                snap.entry = e.get();
+    if (snap.entry && snap.entry->m_day)
+    {
+        snap.taskId = snap.entry->m_taskId;
+        snap.date = snap.entry->m_day->GetDate();
+        snap.start = snap.entry->m_start;
+    }
+    return snap;
+}
+
+std::string CommandSession::DescribeMidnightChange(const MidnightSnapshot& before)
+{
+    CTimeKeeperDoc& doc = m_doc.Doc();
+    std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
+    const CTimeEntry* stopped = nullptr;
+    if (const CDay* day = doc.GetDay(before.date))
+        for (const auto& e : day->TimeEntries())
+            if (e.get() == before.entry)
+                stopped = e.get();
+    const CTimeEntry* running = m_timer->GetActiveEntry();
+    std::string text =
+        "The timer of " + TaskPath(before.taskId) +
+        (running ? " ran past midnight and was split by day" : " was stopped at midnight") +
+        ": its entry of " + before.date.Format("%Y-%m-%d") + " from " +
+        App().FormatTime(before.start);
+    if (stopped && !stopped->IsRunning())
+        text += " now ends at " + stopped->m_end.ToText();
+    else
+        text += " lay within other entries and was removed";
+    if (running && running->m_day)
+        text += "; it runs on from " + App().FormatTime(running->m_start) + " on " +
+                running->m_day->GetDate().Format("%Y-%m-%d");
+    return text;
+}
+
+bool CommandSession::WriteMidnightChange(Context& ctx, const std::string& path)
+{
+    // A reading command writes the stop too, so that the next command does not find the
+    // timer still running; a file another copy of the program holds is left to it.
+    try
+    {
+        DocSession writer(ctx.prompter);
+        writer.OpenForChange(path);
+        m_app.Attach(writer.Doc());
+        CliTimerUi ui(ctx.prompter, ConflictPolicy::adjustThis);
+        {
+            CTimer timer(writer.Doc(), m_app.App(), ui, ctx.prompter);
+            timer.OnDocumentOpened();
+        }
+        if (writer.Doc().IsModified())
+            writer.Save();
+        m_app.Attach(m_doc.Doc());
+        return true;
+    }
+    catch (const CommandError&)
+    {
+        m_app.Attach(m_doc.Doc());
+        return false;
+    }
 }
 
 CommandSession::~CommandSession()
@@ -133,6 +218,37 @@ bool SameText(const std::string& a, const std::string& b)
             std::tolower(static_cast<unsigned char>(b[i])))
             return false;
     return true;
+}
+
+std::string LineBreaks(const std::string& text)
+{
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i)
+    {
+        if (text[i] == '\\' && i + 1 < text.size() && (text[i + 1] == 'n' || text[i + 1] == '\\'))
+        {
+            out += text[i + 1] == 'n' ? '\n' : '\\';
+            ++i;
+        }
+        else
+            out += text[i];
+    }
+    return out;
+}
+
+std::string KeyAndLines(const std::string& key, const std::string& value)
+{
+    const std::string indent(key.size() + 2, ' ');
+    std::string out = key + ": ";
+    for (char c : value)
+    {
+        if (c == '\r')
+            continue;
+        out += c;
+        if (c == '\n')
+            out += indent;
+    }
+    return out + "\n";
 }
 
 std::string NonBlank(const std::string& text, const char* what)

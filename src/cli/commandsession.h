@@ -43,11 +43,17 @@ public:
     void SetPolicy(ConflictPolicy policy) { m_policy = policy; }
     // A conflict came up and was not resolved (refused, or no answer could be had).
     bool ConflictRefused() const { return m_refused; }
+    // The last answer to the conflict question: 0 adjust the others, 1 adjust this entry,
+    // 2 cancelled; -1 when it was not asked.
+    int LastChoice() const { return m_lastChoice; }
 
 private:
+    int AskConflictResolution();
+
     TerminalPrompter& m_prompter;
     ConflictPolicy m_policy;
     bool m_refused = false;
+    int m_lastChoice = -1;
 };
 
 // A document opened by one command, with the application object around it and the
@@ -82,6 +88,18 @@ public:
     std::string TaskPath(const CTask* task) const;
 
 private:
+    // The entry a timer left running would resume on, before the midnight check.
+    struct MidnightSnapshot
+    {
+        const CTimeEntry* entry = nullptr;
+        uint32_t taskId = 0;
+        CDateTime date;
+        CTinyTime start;
+    };
+    static MidnightSnapshot TakeMidnightSnapshot(const CTimeKeeperDoc& doc);
+    std::string DescribeMidnightChange(const MidnightSnapshot& before);
+    bool WriteMidnightChange(Context& ctx, const std::string& path);
+
     TerminalPrompter& m_prompter;
     AppContext m_app;
     DocSession m_doc;
@@ -96,6 +114,10 @@ private:
 template <class Map> auto* FindRecord(const Map& map, const std::string& spec, const char* what);
 
 bool SameText(const std::string& a, const std::string& b);
+// Text typed on one line: a backslash and "n" become a line break, two backslashes one.
+std::string LineBreaks(const std::string& text);
+// "key: value" with the lines after the first of a multi-line value set under the first.
+std::string KeyAndLines(const std::string& key, const std::string& value);
 // Leading blanks removed; UsageError naming `what` when nothing is left.
 std::string NonBlank(const std::string& text, const char* what);
 

@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "cli/commandsession.h"
+#include "cli/entryrows.h"
 #include "cli/entrytable.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
@@ -30,46 +31,6 @@ EntryKind ParseKind(const std::string& text)
     throw UsageError("--kind must be one of time, expense, todo; not '" + text + "'");
 }
 
-CDateTime RequiredDate(const Args& args, const char* option)
-{
-    const auto text = args.Option(option);
-    if (!text)
-        throw UsageError(std::string("--") + option + " DATE is required");
-    return ParseDate(*text, (std::string("--") + option).c_str());
-}
-
-// The entries of rows `numbers` (1-based) of the page of `kind` on `date`, as
-// `qvx entries FILE --date DATE --kind KIND` numbers them.
-std::vector<CEntry*> SelectRows(CommandSession& s, EntryKind kind, const CDateTime& date,
-                                const std::vector<std::string>& numbers)
-{
-    if (numbers.empty())
-        throw UsageError("give the number of the row (as qvx entries FILE --date DATE shows it)");
-    const EntryTable table = BuildEntryTable(s, kind, date, nullptr);
-    std::vector<CEntry*> chosen;
-    for (const std::string& n : numbers)
-    {
-        const int row = ParseInt(n, "the row number");
-        if (row < 1 || size_t(row) > table.rows.size())
-            throw CommandError(
-                "there is no row " + n + " on the " + PageTitle(kind) + " page of " +
-                date.Format("%Y-%m-%d") + " (it has " + std::to_string(table.rows.size()) +
-                " rows; qvx entries FILE --date " + date.Format("%Y-%m-%d") + " lists them)");
-        CEntry* e = table.rows[size_t(row) - 1].entry;
-        if (std::find(chosen.begin(), chosen.end(), e) == chosen.end())
-            chosen.push_back(e);
-    }
-    return chosen;
-}
-
-CEntry* SelectOneRow(CommandSession& s, EntryKind kind, const CDateTime& date, const Args& args)
-{
-    std::vector<std::string> numbers(args.Positional().begin() + 1, args.Positional().end());
-    if (numbers.size() > 1)
-        throw UsageError("give one row number");
-    return SelectRows(s, kind, date, numbers).front();
-}
-
 // Asks the delete question of the page; false when the answer is no.
 bool ConfirmDelete(CommandSession& s, EntryKind kind, size_t count)
 {
@@ -92,17 +53,6 @@ bool ConfirmDelete(CommandSession& s, EntryKind kind, size_t count)
     if (s.Prompter().Unanswered())
         throw CommandError("nothing deleted: the question was not answered (run again with --yes)");
     return false;
-}
-
-void RefuseSummaryTask(const CTask* task, unsigned messageId)
-{
-    if (task->IsProjectSummary())
-        Refuse(messageId);
-}
-
-std::string Span(const CTimeEntry& e)
-{
-    return e.m_start.ToText() + "-" + (e.IsRunning() ? std::string("running") : e.m_end.ToText());
 }
 
 int TimeAdd(Context& ctx)
@@ -142,9 +92,12 @@ int TimeAdd(Context& ctx)
 
     CDay* day = nullptr;
     std::vector<std::string> conflicts;
+    std::vector<const CTimeEntry*> before;
     {
         std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
         day = doc.GetOrCreateDay(date);
+        for (const auto& e : day->TimeEntries())
+            before.push_back(e.get());
         pending->m_day = day;
         for (const CTimeEntry* other :
              day->ConflictingEntries(*pending, pending.get(), doc.RoundedNow()))
@@ -165,13 +118,22 @@ int TimeAdd(Context& ctx)
     const int resolved = conflicts.empty() ? 0 : s.Timer().ResolveTimeConflict(*day, pending);
     if (resolved == 2)
         refuseConflict();
+    // What was stored: the entry as asked, or, when it was fitted around the others, the
+    // pieces of it that are left.
+    std::vector<std::string> stored;
     {
         std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
         if (resolved == 0 && pending)
         {
             pending->m_day = nullptr;
-            doc.FileTimeEntry(day, std::move(pending));
+            const CTimeEntry* filed = doc.FileTimeEntry(day, std::move(pending));
+            if (s.Ui().LastChoice() != 1)
+                stored.push_back(Span(*filed));
         }
+        if (s.Ui().LastChoice() == 1)
+            for (const auto& e : day->TimeEntries())
+                if (std::find(before.begin(), before.end(), e.get()) == before.end())
+                    stored.push_back(Span(*e));
         // What the entry editor does on OK: the task remembers the entry's note and activity.
         if (args.Option("note") || args.Option("activity"))
         {
@@ -181,14 +143,17 @@ int TimeAdd(Context& ctx)
         }
         doc.RemoveDayIfEmpty(day);
     }
-    if (resolved == 0)
+    if (!stored.empty())
         s.Timer().AddRecentTask(task);
     s.Save();
-    if (resolved == 1)
+    if (stored.empty())
         std::cout << "The new entry " << span << " lies within other entries of "
                   << date.Format("%Y-%m-%d") << " and was not added\n";
+    else if (s.Ui().LastChoice() == 1)
+        std::cout << "Added " << JoinTexts(stored) << " on " << date.Format("%Y-%m-%d") << " to "
+                  << s.TaskPath(task) << " (" << span << " was fitted around the other entries)\n";
     else
-        std::cout << "Added " << span << " on " << date.Format("%Y-%m-%d") << " to "
+        std::cout << "Added " << JoinTexts(stored) << " on " << date.Format("%Y-%m-%d") << " to "
                   << s.TaskPath(task)
                   << (conflicts.empty() ? "" : " (overlapping entries adjusted)") << "\n";
     return 0;
@@ -395,17 +360,6 @@ int ExpenseMove(Context& ctx)
     return 0;
 }
 
-std::string ParsePriority(const std::string& text)
-{
-    if (text.size() == 1)
-    {
-        const char c = char(std::toupper(static_cast<unsigned char>(text[0])));
-        if ((c >= '1' && c <= '9') || (c >= 'A' && c <= 'Z'))
-            return std::string(1, c);
-    }
-    throw UsageError("--priority must be one of 1 to 9 or A to Z, not '" + text + "'");
-}
-
 int ToDoAdd(Context& ctx)
 {
     Args args(ctx.argv, {});
@@ -440,52 +394,50 @@ int ToDoAdd(Context& ctx)
     return 0;
 }
 
-int ToDoComplete(Context& ctx)
+// Completes (on --date) or reopens the chosen to-do rows of one listing.
+int ToDoCompleteOrReopen(Context& ctx, bool complete)
 {
     Args args(ctx.argv, {});
-    args.Expect(2, 2, {"date"});
+    args.Expect(2, 1000, {"date"});
     const CDateTime date = RequiredDate(args, "date");
+    const std::string day = date.Format("%Y-%m-%d");
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    auto* todo = static_cast<CToDoEntry*>(SelectOneRow(s, EntryKind::todo, date, args));
-    if (todo->IsCompleted() && todo->m_completeDate.SameDay(date))
-    {
-        std::cout << "'" << todo->m_description << "' was already completed on "
-                  << date.Format("%Y-%m-%d") << "\n";
-        return 0;
-    }
+    const std::vector<CEntry*> rows = SelectRows(
+        s, EntryKind::todo, date, {args.Positional().begin() + 1, args.Positional().end()});
+    std::vector<std::string> done;
+    std::vector<std::string> unchanged;
     {
         std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
-        CDay* old = todo->m_day;
-        s.Doc().CompleteToDo(todo, date);
-        if (old)
-            s.Doc().RemoveDayIfEmpty(old);
+        for (CEntry* e : rows)
+        {
+            auto* todo = static_cast<CToDoEntry*>(e);
+            const std::string name = "'" + todo->m_description + "'";
+            if (complete ? todo->IsCompleted() && todo->m_completeDate.SameDay(date)
+                         : !todo->IsCompleted())
+            {
+                unchanged.push_back(name);
+                continue;
+            }
+            CDay* old = todo->m_day;
+            if (complete)
+                s.Doc().CompleteToDo(todo, date);
+            else
+                s.Doc().ReopenToDo(todo);
+            if (old)
+                s.Doc().RemoveDayIfEmpty(old);
+            done.push_back(name);
+        }
     }
-    s.Save();
-    std::cout << "Completed '" << todo->m_description << "' on " << date.Format("%Y-%m-%d") << "\n";
-    return 0;
-}
-
-int ToDoReopen(Context& ctx)
-{
-    Args args(ctx.argv, {});
-    args.Expect(2, 2, {"date"});
-    const CDateTime date = RequiredDate(args, "date");
-    CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
-    auto* todo = static_cast<CToDoEntry*>(SelectOneRow(s, EntryKind::todo, date, args));
-    if (!todo->IsCompleted())
+    if (!done.empty())
     {
-        std::cout << "'" << todo->m_description << "' is not completed\n";
-        return 0;
+        s.Save();
+        std::cout << (complete ? "Completed " : "Reopened ") << JoinTexts(done)
+                  << (complete ? " on " + day : std::string()) << "\n";
     }
-    {
-        std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
-        CDay* old = todo->m_day;
-        s.Doc().ReopenToDo(todo);
-        if (old)
-            s.Doc().RemoveDayIfEmpty(old);
-    }
-    s.Save();
-    std::cout << "Reopened '" << todo->m_description << "'\n";
+    if (!unchanged.empty())
+        std::cout << JoinTexts(unchanged) << (unchanged.size() == 1 ? " was" : " were")
+                  << (complete ? " already completed on " + day : std::string(" not completed"))
+                  << "\n";
     return 0;
 }
 
@@ -509,8 +461,8 @@ int ToDoMove(Context& ctx)
 
 int Entries(Context& ctx)
 {
-    Args args(ctx.argv, {});
-    args.Expect(1, 1, {"date", "task", "kind"});
+    Args args(ctx.argv, {"billing"});
+    args.Expect(1, 1, {"date", "task", "kind", "billing"});
     const auto dateText = args.Option("date");
     const auto taskText = args.Option("task");
     if (dateText.has_value() == taskText.has_value())
@@ -518,6 +470,11 @@ int Entries(Context& ctx)
     std::vector<EntryKind> kinds = {EntryKind::time, EntryKind::expense, EntryKind::todo};
     if (auto k = args.Option("kind"))
         kinds = {ParseKind(*k)};
+    const bool billing = args.Flag("billing");
+    if (billing && args.Option("kind") && kinds.front() != EntryKind::time)
+        throw UsageError("--billing goes with time entries (--kind time)");
+    if (billing)
+        kinds = {EntryKind::time};
     const CDateTime date = dateText ? ParseDate(*dateText, "--date") : CDateTime::Null();
 
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
@@ -530,7 +487,16 @@ int Entries(Context& ctx)
         if (kinds.size() > 1)
             std::cout << (first ? "" : "\n") << PageTitle(kind) << "\n";
         first = false;
-        std::cout << FormatEntryTable(BuildEntryTable(s, kind, date, task));
+        const EntryTable table = BuildEntryTable(s, kind, date, task, billing);
+        std::cout << FormatEntryTable(table);
+        if (billing)
+        {
+            const BillingTotals t = SumBilling(s, table);
+            std::cout << "Billable: " << s.App().FormatNumber(t.billableHours) << " hours, "
+                      << s.App().FormatCurrency(t.billableAmount)
+                      << "; not billable: " << s.App().FormatNumber(t.hours - t.billableHours)
+                      << " hours, " << s.App().FormatCurrency(t.amount - t.billableAmount) << "\n";
+        }
     }
     return 0;
 }
@@ -549,6 +515,20 @@ void RegisterEntryCommands(CommandTable& table)
     table.Add({"time move", "FILE --date DATE N --task TASK", "give a time entry to another task",
                TimeMove});
     table.Add(
+        {"time set",
+         "FILE --date DATE N [--task TASK] [--start HH:MM] [--end HH:MM] [--activity "
+         "NAME|none] [--note TEXT] [--billable yes|no] [--rate R] [--billing-defaults yes|no] "
+         "[--overtime yes|no] [--multiplier M] [--on-conflict adjust-others|adjust-this|fail]",
+         "change a time entry as its editor does", TimeSet,
+         "N is a row of qvx entries FILE --date DATE --kind time: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "The checks are the editor's: the end must be later than the start (an end of\n"
+         "00:00 is midnight at the end of the day); a running entry keeps its open end and\n"
+         "must have started before now. --billable or --rate give the entry billing of its\n"
+         "own (starting from what the task and activity gave it); --billing-defaults yes\n"
+         "returns it to the task's billing. An overlap with other entries is resolved as\n"
+         "--on-conflict says (or asked); refused, nothing changes."});
+    table.Add(
         {"expense add",
          "FILE TASK --date DATE (--amount X | --distance N [--rate R]) --type NAME [--method NAME] "
          "[--billable yes|no] [--number N] [--note TEXT]",
@@ -557,19 +537,52 @@ void RegisterEntryCommands(CommandTable& table)
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::expense); }});
     table.Add({"expense move", "FILE --date DATE N (--to DATE | --task TASK)",
                "move an expense entry to another day or task", ExpenseMove});
+    table.Add(
+        {"expense set",
+         "FILE --date DATE N [--task TASK] [--type NAME] [--amount X | --distance N "
+         "[--rate R]] [--method NAME|none] [--billable yes|no] [--number N] [--note TEXT]",
+         "change an expense entry as its editor does", ExpenseSet,
+         "N is a row of qvx entries FILE --date DATE --kind expense: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "For the mileage type the amount is the distance times the rate, rounded to\n"
+         "cents; without --rate the entry's own rate stays (the document's mileage rate\n"
+         "for an entry that becomes a mileage entry)."});
     table.Add({"todo add", "FILE TASK DESCRIPTION [--due DATE] [--priority 1-9|A-Z] [--note TEXT]",
                "add an outstanding to-do entry", ToDoAdd});
-    table.Add({"todo complete", "FILE N --date DATE",
-               "complete to-do row N (of qvx entries --date DATE --kind todo) on DATE",
-               ToDoComplete});
-    table.Add({"todo reopen", "FILE --date DATE N", "make a completed to-do outstanding again",
-               ToDoReopen});
+    table.Add(
+        {"todo complete", "FILE --date DATE N...", "complete to-do entries on DATE",
+         [](Context& ctx) { return ToDoCompleteOrReopen(ctx, true); },
+         "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "That listing holds the outstanding to-dos and those completed on DATE."});
+    table.Add(
+        {"todo reopen", "FILE --date DATE N...", "make completed to-do entries outstanding again",
+         [](Context& ctx) { return ToDoCompleteOrReopen(ctx, false); },
+         "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes.\n"
+         "That listing holds the outstanding to-dos and those completed on DATE."});
+    table.Add(
+        {"todo set",
+         "FILE --date DATE N [--task TASK] [--description TEXT] [--priority 1-9|A-Z] "
+         "[--due DATE|none] [--note TEXT]",
+         "change a to-do entry as its editor does", ToDoSet,
+         "N is a row of qvx entries FILE --date DATE --kind todo: rows are numbered in the\n"
+         "order of the desktop program's list (its sort order), all before anything changes."});
     table.Add({"todo rm", "FILE --date DATE N...", "delete to-do entries",
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::todo); }});
     table.Add({"todo move", "FILE --date DATE N --task TASK", "give a to-do entry to another task",
                ToDoMove});
-    table.Add({"entries", "FILE (--date DATE | --task TASK) [--kind time|expense|todo]",
-               "list the entries of a day or of a task, as the entry lists show them", Entries});
+    table.Add({"entries", "FILE (--date DATE | --task TASK) [--kind time|expense|todo] [--billing]",
+               "list the entries of a day or of a task, as the entry lists show them", Entries,
+               "Rows are numbered in the order of the desktop program's list (its sort order);\n"
+               "the commands that take row numbers N use the numbers of the Date view of one\n"
+               "kind: qvx entries FILE --date DATE --kind time|expense|todo. The Date view of\n"
+               "to-dos lists the outstanding ones and those completed on DATE; Status marks\n"
+               "the completed and the overdue ones.\n"
+               "--billing shows each time entry's activity, note, billable flag, effective rate\n"
+               "(the entry's own, else the task's rate for the activity, else the task's regular\n"
+               "rate; times the overtime multiplier for overtime) and billing amount, with the\n"
+               "billable and non-billable totals."});
 }
 
 } // namespace cli

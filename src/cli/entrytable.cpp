@@ -181,16 +181,44 @@ public:
         return {};
     }
 
-    std::vector<std::string> Cells(EntryKind kind, const CEntry& entry, bool dateView) const
+    // Activity, (note,) billable, rate and amount of a time entry.
+    std::vector<std::string> BillingCells(const CTimeEntry& e, bool withNote) const
+    {
+        const CActivity* activity = m_doc.GetActivity(e.m_activityId);
+        std::vector<std::string> cells = {activity ? activity->m_name : std::string()};
+        if (withNote)
+            cells.push_back(e.m_note);
+        const CTask* task = m_doc.GetTask(e.m_taskId);
+        if (!task)
+        {
+            cells.insert(cells.end(), {"", "", ""});
+            return cells;
+        }
+        cells.push_back(e.IsEffectiveBillable(*task) ? "yes" : "no");
+        cells.push_back(m_app.FormatCurrency(e.GetEffectiveRate(*task)));
+        cells.push_back(m_app.FormatCurrency(e.GetBillingAmount(*task, m_doc.RunningEnd())));
+        return cells;
+    }
+
+    std::vector<std::string> Cells(EntryKind kind, const CEntry& entry, bool dateView,
+                                   bool billing) const
     {
         if (kind == EntryKind::time)
         {
             const auto& e = static_cast<const CTimeEntry&>(entry);
-            if (dateView)
-                return {m_s.TaskPath(e.m_taskId), m_app.FormatTime(e.m_start), EndText(e),
-                        ElapsedText(e)};
-            return {DateText(DayOf(e)), e.m_note, m_app.FormatTime(e.m_start), EndText(e),
-                    ElapsedText(e)};
+            std::vector<std::string> cells =
+                dateView ? std::vector<std::string>{m_s.TaskPath(e.m_taskId),
+                                                    m_app.FormatTime(e.m_start), EndText(e),
+                                                    ElapsedText(e)}
+                         : std::vector<std::string>{DateText(DayOf(e)), e.m_note,
+                                                    m_app.FormatTime(e.m_start), EndText(e),
+                                                    ElapsedText(e)};
+            if (billing)
+            {
+                const std::vector<std::string> more = BillingCells(e, dateView);
+                cells.insert(cells.end(), more.begin(), more.end());
+            }
+            return cells;
         }
         if (kind == EntryKind::expense)
         {
@@ -201,7 +229,11 @@ public:
         }
         const auto& e = static_cast<const CToDoEntry&>(entry);
         if (dateView)
-            return {m_s.TaskPath(e.m_taskId), e.m_description, DateText(e.m_dueDate), e.m_priority};
+        {
+            const std::string status = e.GetStatusText(m_app.Today());
+            return {m_s.TaskPath(e.m_taskId), e.m_description, DateText(e.m_dueDate), e.m_priority,
+                    status == "Outstanding" ? std::string() : status};
+        }
         return {e.m_description, DateText(e.m_dueDate), DateText(e.m_completeDate), e.m_priority};
     }
 
@@ -245,7 +277,7 @@ const char* PageTitle(EntryKind kind)
 }
 
 EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateTime& date,
-                           const CTask* task)
+                           const CTask* task, bool billing)
 {
     CTimeKeeperDoc& doc = session.Doc();
     CTimeKeeperApp& app = session.App();
@@ -260,6 +292,14 @@ EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateT
         table.columns = dateView
                             ? std::vector<std::string>{"Task", "Start", "End", "Elapsed"}
                             : std::vector<std::string>{"Date", "Note", "Start", "End", "Elapsed"};
+        if (billing)
+        {
+            if (dateView)
+                table.columns.insert(table.columns.end(), {"Activity", "Note"});
+            else
+                table.columns.push_back("Activity");
+            table.columns.insert(table.columns.end(), {"Billable", "Rate", "Amount"});
+        }
         break;
     case EntryKind::expense:
         table.columns = dateView ? std::vector<std::string>{"Task", "Type", "Amount"}
@@ -267,8 +307,9 @@ EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateT
         break;
     case EntryKind::todo:
         table.columns =
-            dateView ? std::vector<std::string>{"Task", "Description", "Due Date", "Priority"}
-                     : std::vector<std::string>{"Description", "Due Date", "Completed", "Priority"};
+            dateView
+                ? std::vector<std::string>{"Task", "Description", "Due Date", "Priority", "Status"}
+                : std::vector<std::string>{"Description", "Due Date", "Completed", "Priority"};
         break;
     }
 
@@ -326,8 +367,32 @@ EntryTable BuildEntryTable(CommandSession& session, EntryKind kind, const CDateT
     }
 
     for (CEntry* e : entries)
-        table.rows.push_back({e, builder.Cells(kind, *e, dateView)});
+        table.rows.push_back({e, builder.Cells(kind, *e, dateView, billing)});
     return table;
+}
+
+BillingTotals SumBilling(CommandSession& session, const EntryTable& table)
+{
+    CTimeKeeperDoc& doc = session.Doc();
+    std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
+    BillingTotals totals;
+    for (const auto& row : table.rows)
+    {
+        const auto* e = dynamic_cast<const CTimeEntry*>(row.entry);
+        const CTask* task = e ? doc.GetTask(e->m_taskId) : nullptr;
+        if (!task)
+            continue;
+        const double hours = e->GetElapsed(doc.RunningEnd()).Hours();
+        const double amount = e->GetBillingAmount(*task, doc.RunningEnd());
+        totals.hours += hours;
+        totals.amount += amount;
+        if (e->IsEffectiveBillable(*task))
+        {
+            totals.billableHours += hours;
+            totals.billableAmount += amount;
+        }
+    }
+    return totals;
 }
 
 std::string FormatEntryTable(const EntryTable& table)

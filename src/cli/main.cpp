@@ -48,7 +48,8 @@ void PrintUsage(const CommandTable& table, std::ostream& out)
     size_t width = 0;
     for (const Command& c : table.All())
         width = std::max(width, c.name.size());
-    out << "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no]\n\n"
+    out << "qvx " QV_VERSION ", the command line of Quorvane Time & Expense\n\n"
+           "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no]\n\n"
            "Commands (qvx help COMMAND shows the arguments of one):\n";
     for (const Command& c : table.All())
         out << "  " << c.name << std::string(width - c.name.size() + 2, ' ') << c.summary << "\n";
@@ -88,6 +89,11 @@ int main(int argc, char** argv)
         else
             args.push_back(a);
     }
+    if (args.size() == 1 && args[0] == "--version")
+    {
+        std::cout << "qvx (Quorvane Time & Expense) " QV_VERSION "\n";
+        return 0;
+    }
     if (args.empty() || args[0] == "help" || args[0] == "--help" || args[0] == "-h")
     {
         if (args.size() > 1)
@@ -98,6 +104,8 @@ int main(int argc, char** argv)
             {
                 std::cout << "usage: qvx " << c->name << " " << c->usage << "\n"
                           << c->summary << "\n";
+                if (!c->details.empty())
+                    std::cout << "\n" << c->details << "\n";
                 return 0;
             }
             std::cerr << "qvx: unknown command '" << words[0]

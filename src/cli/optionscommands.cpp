@@ -45,6 +45,7 @@ void PrintOptions(CTimeKeeperApp& app, const CTimeKeeperDoc* doc)
     std::cout << "Recent task count: " << app.GetRecentTaskCount() << "\n";
     std::cout << "Task names: " << (app.GetListType() == 1 ? "name" : "abbreviation") << "\n";
     std::cout << "Invoice number: " << app.GetInvoiceNumber() << "\n";
+    std::cout << KeyAndLines("Invoice address", app.GetInvoiceAddress());
     std::cout << "Default terms: " << app.GetDefaultTerms() << "\n";
     std::cout << "Default tax rate: " << app.FormatNumber(app.GetDefaultTaxRate()) << "\n";
     if (!doc)
@@ -177,7 +178,7 @@ int Options(Context& ctx)
         if (invoiceNumber)
             app.SetInvoiceNumber(*invoiceNumber);
         if (auto v = args.Option("invoice-address"))
-            app.SetInvoiceAddress(*v);
+            app.SetInvoiceAddress(LineBreaks(*v));
         if (auto v = args.Option("default-terms"))
             app.SetDefaultTerms(*v);
         if (taxRate)

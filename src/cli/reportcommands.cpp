@@ -189,23 +189,6 @@ const char* OrientationName(uint32_t orientation)
     }
 }
 
-// Turns "\n" in an address typed on one line into line breaks.
-std::string Lines(const std::string& text)
-{
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i)
-    {
-        if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == 'n')
-        {
-            out += '\n';
-            ++i;
-        }
-        else
-            out += text[i];
-    }
-    return out;
-}
-
 // Which options go with which kinds; an option given to a kind that has no such member
 // is refused rather than silently ignored.
 void CheckOptionsOfKind(const Args& args, uint32_t kind)
@@ -326,7 +309,7 @@ void ApplyOptions(CommandSession& s, CReport& r, const Args& args, bool creating
         r.m_font.italic = ParseYesNo(*v, "--italic") ? 1 : 0;
 
     if (auto recipient = args.Option("recipient"))
-        r.m_recipient = Lines(*recipient);
+        r.m_recipient = LineBreaks(*recipient);
     if (auto terms = args.Option("terms"))
     {
         if (terms->size() > 30)
@@ -472,7 +455,7 @@ int ReportShow(Context& ctx)
     const CTimeKeeperDoc& doc = s.Doc();
     const uint32_t kind = r.m_kind;
     auto line = [](const std::string& key, const std::string& value)
-    { std::cout << key << ": " << value << "\n"; };
+    { std::cout << KeyAndLines(key, value); };
     line("Id", std::to_string(r.m_id));
     line("Kind", reports::KindKeyword(kind) + " (" + reports::KindLabel(kind) + ")");
     line("Name", r.m_name);
@@ -715,11 +698,14 @@ int Invoice(Context& ctx)
     else
         PrintPages(s, *report);
     s.Save();
-    std::cout << "Invoice number " << number
-              << (report->m_numberMode == 0 && report->m_invoiceNumber != before
-                      ? " (the next one is " + std::to_string(s.App().GetInvoiceNumber()) + ")"
-                      : std::string())
-              << "\n";
+    // With the invoice itself on standard output, this message must not end up in it.
+    std::ostream& messages =
+        exportIt && args.Option("out").value_or("") == "-" ? std::cerr : std::cout;
+    messages << "Invoice number " << number
+             << (report->m_numberMode == 0 && report->m_invoiceNumber != before
+                     ? " (the next one is " + std::to_string(s.App().GetInvoiceNumber()) + ")"
+                     : std::string())
+             << "\n";
     return 0;
 }
 } // namespace

@@ -51,16 +51,123 @@ void PrintTree(const CTimeKeeperDoc& doc, const CTask& task, int depth)
         PrintTree(doc, *child, depth + 1);
 }
 
+// The billing a task's time entries get: what, and from which task.
+void PrintBilling(CommandSession& s, const CTask& task, size_t indentWidth)
+{
+    const CTimeKeeperDoc& doc = s.Doc();
+    const CTask* billing = task.GetBillingTask();
+    const std::string indent(indentWidth, ' ');
+    const std::string from = billing == &task ? "own" : "inherited from " + s.TaskPath(billing);
+    std::cout << indent << (billing->m_billable ? "billable" : "not billable") << ", rate "
+              << s.App().FormatCurrency(billing->m_regularRate) << ", overtime multiplier "
+              << s.App().FormatNumber(billing->m_overtimeMultiplier) << " (" << from << ")\n";
+    if (billing->m_activityRates.empty() && !billing->m_useActivityRates)
+        return;
+    std::string rates;
+    for (const auto& [id, rate] : billing->m_activityRates)
+    {
+        const CActivity* activity = doc.GetActivity(id);
+        rates += (rates.empty() ? "" : ", ") +
+                 (activity ? activity->m_name : "#" + std::to_string(id)) + " " +
+                 (rate->m_billable ? s.App().FormatCurrency(rate->m_rate) : "not billable");
+    }
+    if (billing->m_useActivityRates)
+        std::cout << indent << "activity rates: " << (rates.empty() ? "none" : rates)
+                  << "; other activities: the regular rate (" << from << ")\n";
+    else
+        std::cout << indent << "activity rates off: " << rates << " not used (" << from << ")\n";
+}
+
+void PrintBillingTree(CommandSession& s, const CTask& task, int depth)
+{
+    std::cout << std::string(size_t(depth) * 2, ' ') << task.m_name << "  (#" << task.m_id << ")\n";
+    PrintBilling(s, task, size_t(depth) * 2 + 4);
+    for (const CTask* child : task.m_children)
+        PrintBillingTree(s, *child, depth + 1);
+}
+
 int Tasks(Context& ctx)
 {
-    Args args(ctx.argv, {});
-    args.Expect(1, 1, {});
+    Args args(ctx.argv, {"billing"});
+    args.Expect(1, 1, {"billing"});
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
     CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
+    std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
     if (const CTask* root = s.Doc().GetRootTask())
-        PrintTree(s.Doc(), *root, 0);
+    {
+        if (args.Flag("billing"))
+            PrintBillingTree(s, *root, 0);
+        else
+            PrintTree(s.Doc(), *root, 0);
+    }
     return 0;
+}
+
+// A task that took its billing from above gets its own, starting from the values it
+// inherited (as the task's Billing page shows them when "Use Parent Billing" is cleared).
+void TakeOwnBilling(CTask& task)
+{
+    if (!task.m_useParentBilling || task.m_id == CTimeKeeperDoc::kRootTaskId)
+    {
+        task.m_useParentBilling = false;
+        return;
+    }
+    const CTask* from = task.GetBillingTask();
+    if (from != &task)
+    {
+        task.m_billable = from->m_billable;
+        task.m_regularRate = from->m_regularRate;
+        task.m_useActivityRates = from->m_useActivityRates;
+        task.m_overtimeMultiplier = from->m_overtimeMultiplier;
+        task.m_activityRates.clear();
+        for (const auto& [id, rate] : from->m_activityRates)
+        {
+            auto copy = std::make_unique<CActivityRate>(*rate);
+            copy->m_taskId = task.m_id;
+            task.m_activityRates[id] = std::move(copy);
+        }
+    }
+    task.m_useParentBilling = false;
+}
+
+// "ACTIVITY=RATE", "ACTIVITY=not-billable" or "ACTIVITY=default": the three choices of
+// the Activity Rate dialog.
+void SetActivityRate(CommandSession& s, CTask& task, const std::string& choice)
+{
+    const size_t eq = choice.rfind('=');
+    if (eq == std::string::npos || eq == 0 || eq + 1 == choice.size())
+        throw UsageError("--activity-rate takes ACTIVITY=RATE, ACTIVITY=not-billable or "
+                         "ACTIVITY=default; not '" +
+                         choice + "'");
+    const CActivity* activity = FindRecord(s.Doc().m_activities, choice.substr(0, eq), "activity");
+    const std::string value = choice.substr(eq + 1);
+    TakeOwnBilling(task);
+    if (value == "default")
+    {
+        task.m_activityRates.erase(activity->m_id);
+        return;
+    }
+    auto rate = std::make_unique<CActivityRate>();
+    rate->m_activityId = activity->m_id;
+    rate->m_taskId = task.m_id;
+    if (value == "not-billable")
+    {
+        rate->m_billable = false;
+        rate->m_rate = 0.0;
+    }
+    else
+    {
+        rate->m_billable = true;
+        rate->m_rate = ParseDouble(value, "the rate of --activity-rate");
+        if (rate->m_rate < 0)
+            throw UsageError("the rate of --activity-rate must not be negative");
+    }
+    if (auto old = task.m_activityRates.find(activity->m_id); old != task.m_activityRates.end())
+        rate->m_reserved = old->second->m_reserved;
+    task.m_activityRates[activity->m_id] = std::move(rate);
+    // A rate set for an activity is meant to be billed.
+    task.m_useActivityRates = true;
 }
 
 int TaskAdd(Context& ctx)
@@ -190,8 +297,26 @@ int TaskSet(Context& ctx)
                                             "notes",
                                             "hours-estimate",
                                             "cost-estimate",
-                                            "level"};
-    Args args(ctx.argv, {});
+                                            "level",
+                                            "activity-rate"};
+    // --activity-rate may be given several times.
+    std::vector<std::string> activityRates;
+    std::vector<std::string> rest;
+    for (size_t i = 0; i < ctx.argv.size(); ++i)
+    {
+        const std::string& a = ctx.argv[i];
+        if (a.rfind("--activity-rate=", 0) == 0)
+            activityRates.push_back(a.substr(16));
+        else if (a == "--activity-rate")
+        {
+            if (i + 1 >= ctx.argv.size())
+                throw UsageError("option --activity-rate needs a value");
+            activityRates.push_back(ctx.argv[++i]);
+        }
+        else
+            rest.push_back(a);
+    }
+    Args args(rest, {});
     args.Expect(2, 2, known);
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CTimeKeeperDoc& doc = s.Doc();
@@ -229,19 +354,28 @@ int TaskSet(Context& ctx)
         changed = true;
     }
     flag("use-parent-task-id", task->m_useParentTaskId);
+    if (auto v = args.Option("use-parent-billing"))
+    {
+        if (ParseYesNo(*v, "--use-parent-billing"))
+            task->m_useParentBilling = true;
+        else
+            TakeOwnBilling(*task);
+        changed = true;
+    }
     if (auto v = args.Option("rate"))
     {
         const double rate = ParseDouble(*v, "--rate");
         if (rate < 0)
             throw UsageError("--rate must not be negative");
+        TakeOwnBilling(*task);
         task->m_regularRate = rate;
-        task->m_useParentBilling = false;
         changed = true;
     }
     if (auto v = args.Option("billable"))
     {
-        task->m_billable = ParseYesNo(*v, "--billable");
-        task->m_useParentBilling = false;
+        const bool billable = ParseYesNo(*v, "--billable");
+        TakeOwnBilling(*task);
+        task->m_billable = billable;
         changed = true;
     }
     if (auto v = args.Option("overtime-multiplier"))
@@ -249,12 +383,22 @@ int TaskSet(Context& ctx)
         const double m = ParseDouble(*v, "--overtime-multiplier");
         if (m < 0 || m > 100)
             throw UsageError("--overtime-multiplier must lie between 0 and 100");
+        TakeOwnBilling(*task);
         task->m_overtimeMultiplier = float(m);
-        task->m_useParentBilling = false;
         changed = true;
     }
-    flag("use-activity-rates", task->m_useActivityRates);
-    flag("use-parent-billing", task->m_useParentBilling);
+    if (auto v = args.Option("use-activity-rates"))
+    {
+        const bool use = ParseYesNo(*v, "--use-activity-rates");
+        TakeOwnBilling(*task);
+        task->m_useActivityRates = use;
+        changed = true;
+    }
+    for (const std::string& choice : activityRates)
+    {
+        SetActivityRate(s, *task, choice);
+        changed = true;
+    }
     if (auto v = args.Option("contact"))
     {
         const int id = ParseInt(*v, "--contact");
@@ -297,13 +441,26 @@ int TaskSet(Context& ctx)
         throw UsageError("nothing to set (see qvx help for the options)");
     s.Save();
     std::cout << "Updated '" << task->m_name << "'\n";
+    if (!activityRates.empty() || args.Option("rate") || args.Option("billable") ||
+        args.Option("overtime-multiplier") || args.Option("use-activity-rates") ||
+        args.Option("use-parent-billing"))
+    {
+        std::cout << "Billing of " << s.TaskPath(task) << ":\n";
+        PrintBilling(s, *task, 2);
+    }
     return 0;
 }
 } // namespace
 
 void RegisterTaskCommands(CommandTable& table)
 {
-    table.Add({"tasks", "FILE", "print the task tree (inactive tasks marked)", Tasks});
+    table.Add({"tasks", "FILE [--billing]", "print the task tree; --billing: what each task bills",
+               Tasks,
+               "--billing shows under each task the billable flag, regular rate and overtime\n"
+               "multiplier its time entries get, its activity rates, and whether they are the\n"
+               "task's own or inherited from the task above that holds them. A time entry is\n"
+               "billed at the task's rate for its activity when activity rates are on and one is\n"
+               "set, else at the task's regular rate."});
     table.Add({"task add", "FILE PARENT NAME [--level N]", "add a task under PARENT", TaskAdd});
     table.Add({"task move", "FILE TASK NEWPARENT",
                "move a task under another task of a higher level", TaskMove});
@@ -315,14 +472,20 @@ void RegisterTaskCommands(CommandTable& table)
                [](Context& c) { return TaskActive(c, true); }});
     table.Add({"task active", "FILE TASK", "mark a task active again",
                [](Context& c) { return TaskActive(c, false); }});
-    table.Add({"task set",
-               "FILE TASK [--abbrev A] [--task-id ID] [--rate R] [--billable yes|no] "
-               "[--overtime-multiplier M] "
-               "[--use-parent-billing yes|no] [--use-parent-task-id yes|no] [--use-parent-contact "
-               "yes|no] "
-               "[--use-activity-rates yes|no] [--contact ID] [--notes TEXT] [--hours-estimate H] "
-               "[--cost-estimate C] [--level N]",
-               "change a task's properties", TaskSet});
+    table.Add(
+        {"task set",
+         "FILE TASK [--abbrev A] [--task-id ID] [--rate R] [--billable yes|no] "
+         "[--overtime-multiplier M] "
+         "[--use-parent-billing yes|no] [--use-parent-task-id yes|no] [--use-parent-contact "
+         "yes|no] "
+         "[--use-activity-rates yes|no] [--contact ID] [--notes TEXT] [--hours-estimate H] "
+         "[--cost-estimate C] [--level N] [--activity-rate ACTIVITY=RATE|not-billable|default]...",
+         "change a task's properties", TaskSet,
+         "--activity-rate sets what the task bills for one activity (may be given several\n"
+         "times): a rate, not-billable, or default (the task's regular rate). Setting a\n"
+         "rate or not-billable turns the task's activity rates on. Changing billing on a\n"
+         "task that inherits it gives the task billing of its own, starting from the\n"
+         "inherited values. qvx tasks FILE --billing shows the result."});
 }
 
 } // namespace cli

@@ -87,33 +87,62 @@ ConflictPolicy PolicyOption(const Args& args)
     return ConflictPolicy::ask;
 }
 
+// The activity and note of a new running entry, and whether they were given or copied.
+std::string DescribeStart(CommandSession& s, const CTimeEntry& e, bool activityGiven,
+                          bool noteGiven)
+{
+    const CActivity* activity = s.Doc().GetActivity(e.m_activityId);
+    std::string text = "activity: " + (activity ? activity->m_name : std::string("none"));
+    if (activity && !activityGiven)
+        text += " (the task's last)";
+    text += "; note: " + (e.m_note.empty() ? std::string("none") : "\"" + e.m_note + "\"");
+    if (!e.m_note.empty() && !noteGiven)
+        text += " (the task's last)";
+    return text;
+}
+
 int Start(Context& ctx)
 {
     Args args(ctx.argv, {});
-    args.Expect(1, 2, {"note", "on-conflict", "recent"});
+    args.Expect(1, 2, {"note", "activity", "on-conflict", "recent"});
     const auto recent = args.Option("recent");
     if (recent.has_value() == (args.Count() == 2))
-        throw UsageError("give a TASK or --recent N (a position of qvx recent), not both");
+        throw UsageError("give a TASK or --recent N (a line of qvx recent), not both");
+    const int line = recent ? ParseInt(*recent, "--recent") : 0;
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change, PolicyOption(args));
     const RunningSnapshot before = TakeSnapshot(s);
 
-    int r = 0;
+    CTask* task = nullptr;
     if (recent)
     {
-        if (args.Option("note"))
-            throw UsageError("--note goes with a TASK, not with --recent");
-        const int position = ParseInt(*recent, "--recent");
-        if (s.Timer().GetRecentTaskName(position).empty())
+        // The lines of qvx recent, in the order the Start Timer menu shows them.
+        const std::vector<RecentTaskItem> items = s.Timer().GetRecentTaskMenu();
+        if (line < 1 || size_t(line) > items.size())
+            throw CommandError("there is no recent task " + *recent + " (qvx recent lists " +
+                               std::to_string(items.size()) + ")");
+        task = s.Doc().GetTask(items[size_t(line) - 1].taskId);
+        if (!task)
             throw CommandError("there is no recent task " + *recent + " (qvx recent lists them)");
-        r = s.Timer().StartRecentTask(position);
     }
     else
+        task = FindTask(s.Doc(), args.At(1, "TASK"));
+    if (task->IsProjectSummary())
+        Refuse(40027);
+    const auto note = args.Option("note");
+    const auto activityName = args.Option("activity");
     {
-        CTask* task = FindTask(s.Doc(), args.At(1, "TASK"));
-        if (task->IsProjectSummary())
-            Refuse(40027);
-        r = s.Timer().StartTimer(task, 0, args.Option("note").value_or(std::string()));
+        // What the entry editor does on OK: the task remembers the note and activity, so
+        // the new entry and a later resume take them.
+        std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
+        if (activityName)
+            task->m_lastActivityId =
+                activityName->empty() || *activityName == "none"
+                    ? 0
+                    : FindRecord(s.Doc().m_activities, *activityName, "activity")->m_id;
+        if (note)
+            task->m_lastNote = *note;
     }
+    const int r = s.Timer().StartTimer(task, 0, note.value_or(std::string()));
     if (r != 1)
     {
         if (s.Ui().ConflictRefused() || s.Prompter().Unanswered() || s.Timer().IsRunning())
@@ -130,7 +159,8 @@ int Start(Context& ctx)
     ReportStopped(s, before);
     const CTimeEntry* running = s.Timer().GetActiveEntry();
     std::cout << "Started " << s.TaskPath(running->m_taskId) << " at "
-              << s.App().FormatTime(running->m_start) << "\n";
+              << s.App().FormatTime(running->m_start) << "; "
+              << DescribeStart(s, *running, activityName.has_value(), note.has_value()) << "\n";
     return 0;
 }
 
@@ -197,7 +227,8 @@ int Resume(Context& ctx)
     s.Save();
     const CTimeEntry* running = s.Timer().GetActiveEntry();
     std::cout << "Resumed " << s.TaskPath(running->m_taskId) << " at "
-              << s.App().FormatTime(running->m_start) << "\n";
+              << s.App().FormatTime(running->m_start) << "; "
+              << DescribeStart(s, *running, false, false) << "\n";
     return 0;
 }
 
@@ -241,8 +272,9 @@ int Recent(Context& ctx)
     const std::vector<RecentTaskItem> items = s.Timer().GetRecentTaskMenu();
     if (items.empty())
         std::cout << "No recent tasks\n";
-    for (const RecentTaskItem& item : items)
-        std::cout << item.position << "  " << item.name << "\n";
+    // Numbered as the lines stand: start --recent N starts line N.
+    for (size_t i = 0; i < items.size(); ++i)
+        std::cout << i + 1 << "  " << items[i].name << "\n";
     return 0;
 }
 } // namespace
@@ -251,15 +283,19 @@ void RegisterTimerCommands(CommandTable& table)
 {
     table.Add(
         {"start",
-         "FILE (TASK | --recent N) [--note TEXT] [--on-conflict adjust-others|adjust-this|fail]",
-         "start the timer on a task (a running timer stops first)", Start});
+         "FILE (TASK | --recent N) [--activity NAME|none] [--note TEXT] [--on-conflict "
+         "adjust-others|adjust-this|fail]",
+         "start the timer on a task (a running timer stops first)", Start,
+         "The new entry takes --activity and --note, or else the task's last ones; given, they\n"
+         "become the task's last activity and note, so a later resume keeps them.\n"
+         "--recent N starts the task on line N of qvx recent."});
     table.Add({"stop", "FILE [--on-conflict adjust-others|adjust-this|fail]",
                "stop the running timer", Stop});
     table.Add({"pause", "FILE", "pause the running timer", Pause});
     table.Add({"resume", "FILE", "resume the paused timer", Resume});
     table.Add({"status", "FILE", "show the running or paused timer", Status});
-    table.Add(
-        {"recent", "FILE", "list the recently timed tasks (positions for start --recent)", Recent});
+    table.Add({"recent", "FILE",
+               "list the recently timed tasks (line numbers for start --recent N)", Recent});
 }
 
 } // namespace cli

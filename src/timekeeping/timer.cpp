@@ -495,23 +495,49 @@ int CTimer::ResolveTimeConflict(CDay& day, std::unique_ptr<CTimeEntry>& pending)
 int CTimer::AdjustConflicts(CDay& day, CTimeEntry& entry, int choice)
 {
     Lock lock(m_doc.GetLock());
-    for (int round = 0; round < kMaxAdjustRounds; ++round)
+    if (choice == 0)
     {
-        const std::vector<CTimeEntry*> others = day.ConflictingEntries(entry, &entry, m_doc.RoundedNow());
-        if (others.empty())
-            break;
-        if (choice == 0)
+        for (int round = 0; round < kMaxAdjustRounds; ++round)
         {
+            const std::vector<CTimeEntry*> others = day.ConflictingEntries(entry, &entry, m_doc.RoundedNow());
+            if (others.empty())
+                break;
             for (CTimeEntry* other : others)
                 m_doc.AdjustTimeEntry(other, &entry);
         }
-        else if (!m_doc.AdjustTimeEntry(&entry, others.front()))
-        {
-            return 1;
-        }
+        PlaceInOrder(day, &entry);
+        return 0;
     }
-    PlaceInOrder(day, &entry);
-    return 0;
+
+    // Fitting the entry around an entry that lies inside it splits it; the part after
+    // that entry is a new entry of its own and must be fitted around the rest in turn.
+    std::vector<CTimeEntry*> pieces = {&entry};
+    bool entryGone = false;
+    for (size_t i = 0; i < pieces.size(); ++i)
+    {
+        CTimeEntry* piece = pieces[i];
+        for (int round = 0; piece != nullptr && round < kMaxAdjustRounds; ++round)
+        {
+            const std::vector<CTimeEntry*> others = day.ConflictingEntries(*piece, piece, m_doc.RoundedNow());
+            if (others.empty())
+                break;
+            std::vector<const CTimeEntry*> before;
+            for (const auto& e : day.TimeEntries())
+                before.push_back(e.get());
+            if (!m_doc.AdjustTimeEntry(piece, others.front()))
+            {
+                entryGone = entryGone || piece == &entry;
+                piece = nullptr;
+                break;
+            }
+            for (const auto& e : day.TimeEntries())
+                if (std::find(before.begin(), before.end(), e.get()) == before.end())
+                    pieces.push_back(e.get());
+        }
+        if (piece != nullptr)
+            PlaceInOrder(day, piece);
+    }
+    return entryGone ? 1 : 0;
 }
 
 int CTimer::AdjustConflicts(CDay& day, std::unique_ptr<CTimeEntry>& pending, int choice)

@@ -482,7 +482,7 @@ bool CToDoEntrySheet::Apply()
 
 CActivityRateDlg::CActivityRateDlg(const QString& activity, State state, double rate, const CurrencyFormat& format,
                                    QWidget* parent)
-    : QDialog(parent), m_default(new QRadioButton(tr("Use the &default rate of the activity"), this)),
+    : QDialog(parent), m_default(new QRadioButton(tr("&Default: the task's regular rate"), this)),
       m_notBillable(new QRadioButton(tr("&Not billable"), this)), m_withRate(new QRadioButton(tr("&Rate:"), this)),
       m_rate(new CCurrencyEdit(this))
 {

@@ -772,6 +772,7 @@ bool CMainFrame::StartTimer(CTask* task, const std::string& note)
     if (task == nullptr)
         return false;
     const int started = m_timer->StartTimer(task, 0, note);
+    SaveTimerChange();
     m_sheetList->Refill();
     RefreshStatus();
     UpdateCommandStates();
@@ -781,6 +782,7 @@ bool CMainFrame::StartTimer(CTask* task, const std::string& note)
 bool CMainFrame::StopTimer()
 {
     const int stopped = m_timer->StopTimer(true, 0);
+    SaveTimerChange();
     m_doc.UpdateAllViews(hintEntries | hintTimer);
     m_sheetList->Refill();
     RefreshStatus();
@@ -791,6 +793,7 @@ bool CMainFrame::StopTimer()
 void CMainFrame::PauseResumeTimer()
 {
     m_timer->PauseResumeTimer();
+    SaveTimerChange();
     m_sheetList->Refill();
     RefreshStatus();
     UpdateCommandStates();
@@ -799,6 +802,7 @@ void CMainFrame::PauseResumeTimer()
 void CMainFrame::StartRecentTask(int position)
 {
     m_timer->StartRecentTask(position);
+    SaveTimerChange();
     m_sheetList->Refill();
     RefreshStatus();
     UpdateCommandStates();
@@ -822,7 +826,27 @@ void CMainFrame::TimerTick()
     const bool running = m_timer->OnTimerTick();
     m_sheetList->UpdateRunningElapsed(!isMinimized());
     if (!running)
+    {
+        // Stopped at midnight: written at once, like any other stop.
+        SaveTimerChange();
         m_sheetList->StopTick();
+    }
+}
+
+void CMainFrame::SaveTimerChange()
+{
+    // The automatic save's wait is for edits; a running entry lost to a crash a few
+    // seconds after the timer started would be an hour lost later. Without automatic
+    // saving the user saves, as for any change.
+    if (!m_doc.IsModified() || m_doc.IsReadOnly() || m_doc.GetPathName().empty())
+        return;
+    if (m_autoSave != nullptr)
+    {
+        if (m_autoSave->SaveOnClose())
+            UpdateTitle();
+    }
+    else if (m_app.GetAutoSave())
+        SaveTo(ToQ(m_doc.GetPathName()));
 }
 
 int CMainFrame::EditTimeEntry(CDay& day, CTimeEntry& entry)

@@ -166,6 +166,9 @@ private:
     void OnDocumentChanged(unsigned hint);
     void AfterDocumentReplaced();
     bool SaveTo(const QString& path);
+    // After the timer started, stopped, paused or resumed: saves the document now when
+    // automatic saving is on.
+    void SaveTimerChange();
     void ShowTipOfTheDay();
     void ShowAbout();
     void ShowManual();

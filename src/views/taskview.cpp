@@ -42,7 +42,9 @@ CTaskView::CTaskView(CMainFrame& frame, QWidget* parent) : QTreeWidget(parent), 
     setUniformRowHeights(true);
     setIconSize(QSize(16, 16));
     setSelectionMode(QAbstractItemView::SingleSelection);
-    setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
+    // Renames start from F2 or the Rename command only: a click on the selected task is
+    // as often meant to select it again (coming back from the list) as to rename it.
+    setEditTriggers(QAbstractItemView::EditKeyPressed);
     setDragEnabled(true);
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);

@@ -212,9 +212,13 @@ TEST_F(QvxDocTest, DayOfWork)
 TEST_F(QvxDocTest, TimerLeftRunningOverMidnightStops)
 {
     Ok({"start", "doc.qvx", "Acme/Website"}, "2024-06-11 23:10");
-    // Opening the file the next morning stops the entry at midnight.
-    const std::string out = Ok({"stop", "doc.qvx"}, "2024-06-12 08:00");
-    EXPECT_TRUE(Contains(out, "No timer is running")) << out;
+    // Opening the file the next morning stops the entry at midnight, and says so once.
+    const QvxResult stop = Run({"stop", "doc.qvx"}, "2024-06-12 08:00");
+    EXPECT_TRUE(Contains(stop.out, "No timer is running")) << stop.out;
+    EXPECT_TRUE(Contains(stop.err, "The timer of Acme/Website was stopped at midnight: its entry "
+                                   "of 2024-06-11 from 11:10 PM now ends at 24:00"))
+        << stop.err;
+    EXPECT_TRUE(Run({"status", "doc.qvx"}, "2024-06-12 08:01").err.empty());
     const Json dump = DumpJson("doc.qvx");
     EXPECT_EQ(TimeOf(dump, "20240611"), (std::vector<Span>{{3, "23:10", "24:00"}}));
     EXPECT_EQ(FindDay(dump, "20240612"), nullptr);
@@ -224,12 +228,19 @@ TEST_F(QvxDocTest, TimerLeftRunningOverMidnightIsSplit)
 {
     WriteSettings({"StopAtMidnight=0"});
     Ok({"start", "doc.qvx", "Acme/Website"}, "2024-06-11 22:30");
-    std::string out = Ok({"status", "doc.qvx"}, "2024-06-13 07:00");
-    EXPECT_TRUE(Contains(out, "Running: Acme/Website")) << out;
-    EXPECT_TRUE(Contains(out, "12:00 AM")) << out;
-    EXPECT_TRUE(Contains(out, "Elapsed: 7:00")) << out;
-    // Reading changes nothing on disk; the next change splits the entry for good.
-    EXPECT_EQ(TimeOf(DumpJson("doc.qvx"), "20240611"), (std::vector<Span>{{3, "22:30", ""}}));
+    const QvxResult status = Run({"status", "doc.qvx"}, "2024-06-13 07:00");
+    EXPECT_TRUE(Contains(status.out, "Running: Acme/Website")) << status.out;
+    EXPECT_TRUE(Contains(status.out, "12:00 AM")) << status.out;
+    EXPECT_TRUE(Contains(status.out, "Elapsed: 7:00")) << status.out;
+    // The first command after midnight says what happened, and writes it, even a reading one.
+    EXPECT_TRUE(Contains(status.err,
+                         "The timer of Acme/Website ran past midnight and was split by "
+                         "day: its entry of 2024-06-11 from 10:30 PM now ends at 24:00; "
+                         "it runs on from 12:00 AM on 2024-06-13"))
+        << status.err;
+    EXPECT_EQ(TimeOf(DumpJson("doc.qvx"), "20240611"), (std::vector<Span>{{3, "22:30", "24:00"}}));
+    const QvxResult again = Run({"status", "doc.qvx"}, "2024-06-13 07:05");
+    EXPECT_TRUE(again.err.empty()) << "said once only: " << again.err;
 
     Ok({"stop", "doc.qvx"}, "2024-06-13 07:00");
     const Json dump = DumpJson("doc.qvx");
@@ -751,8 +762,13 @@ TEST_F(QvxDocTest, InvoiceNumbering)
     const QvxResult unanswered = Run({"invoice", "doc.qvx", "Acme"});
     EXPECT_EQ(unanswered.exitCode, 1);
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
-    out = Ok({"--no", "invoice", "doc.qvx", "Acme", "--format", "csv", "--out", "-"});
-    EXPECT_TRUE(Contains(out, "Invoice number 41")) << out;
+    // The export on standard output stays clean: the message goes to standard error.
+    const QvxResult piped =
+        Run({"--no", "invoice", "doc.qvx", "Acme", "--format", "csv", "--out", "-"});
+    EXPECT_EQ(piped.exitCode, 0) << piped.err;
+    EXPECT_TRUE(Contains(piped.err, "Invoice number 41")) << piped.err;
+    EXPECT_FALSE(Contains(piped.out, "Invoice number")) << piped.out;
+    EXPECT_EQ(piped.out.rfind("\"Employee\"", 0), 0u) << piped.out;
     out = Ok({"--yes", "invoice", "doc.qvx", "Acme", "--format", "csv", "--out", "acme.csv"});
     EXPECT_TRUE(Contains(out, "Invoice number 42")) << out;
     EXPECT_EQ(DumpJson("doc.qvx")["reports"][0]["invoice_number"].Int(), 42);

@@ -303,6 +303,22 @@ TEST_F(TimerTest, NewEntryResolvedBeforeItIsFiled)
     EXPECT_TRUE(website->m_timeEntries.empty());
 }
 
+TEST_F(TimerTest, AdjustingThisEntryFitsEveryPieceOfASplitAroundTheOthers)
+{
+    AddEntry(audit, CTinyTime(9, 0), CTinyTime(10, 0));
+    AddEntry(audit, CTinyTime(11, 0), CTinyTime(11, 30));
+    AddEntry(audit, CTinyTime(12, 0), CTinyTime(13, 0));
+    CTimeEntry* wide = AddEntry(website, CTinyTime(8, 0), CTinyTime(14, 0));
+    CDay* day = doc.GetDay(Date());
+
+    // The part after each entry inside it is fitted in turn, not left overlapping.
+    EXPECT_EQ(timer.AdjustConflicts(*day, *wide, 1), 0);
+    EXPECT_EQ(Entries(), Strings({"08:00-09:00", "09:00-10:00", "10:00-11:00", "11:00-11:30",
+                                  "11:30-12:00", "12:00-13:00", "13:00-14:00"}));
+    EXPECT_EQ(website->m_timeEntries.size(), 4u);
+    EXPECT_EQ(audit->m_timeEntries.size(), 3u);
+}
+
 TEST_F(TimerTest, DeletingTheRunningEntryElsewhereShowsTheTimerInactive)
 {
     At(9, 0);

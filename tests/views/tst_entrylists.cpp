@@ -21,6 +21,7 @@
 #include <QPlainTextEdit>
 #include <QSpinBox>
 #include <QTabBar>
+#include <QRadioButton>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -500,6 +501,15 @@ void TestEntryLists::taskPropertiesKeepActivityRates()
         sheet.accept();
     }
     QCOMPARE(task->m_activityRates.size(), size_t(1));
+
+    // The dialog's default choice names what it bills: the task's regular rate.
+    CActivityRateDlg dialog(QStringLiteral("Design"), CActivityRateDlg::State::useDefault, 0.0,
+                            MakeCurrencyFormat(f.app->GetLocale()));
+    QStringList choices;
+    for (const QRadioButton* button : dialog.findChildren<QRadioButton*>())
+        choices << button->text();
+    QVERIFY2(choices.contains(QStringLiteral("&Default: the task's regular rate")), qPrintable(choices.join(u'|')));
+    QCOMPARE(dialog.GetState(), CActivityRateDlg::State::useDefault);
 }
 
 void TestEntryLists::pageSwitchSavesColumnWidths()

@@ -53,6 +53,7 @@ private slots:
     void dropsTasksOntoAllowedAndRefusedTargets();
     void inactiveTasksHideWithTheirSubtree();
     void startsAndStopsTheTimerFromTheTree();
+    void timerChangesAreWrittenAtOnce();
     void trayMenuFollowsTheTimerState();
     void switchesBetweenDateAndTaskView();
     void goesToDatesAndPagesTheCalendar();
@@ -144,6 +145,38 @@ void TestMainFrame::renamesInPlaceAndIgnoresBlankNames()
     tree->RenameTask(gamma, QStringLiteral("    "));
     QCOMPARE(f.doc.GetTask(gamma)->m_name, std::string("Alpha"));
     QCOMPARE(tree->ItemOf(gamma)->text(0), QStringLiteral("Alpha"));
+
+    // Escape cancels the rename: the typed text goes, the name stays.
+    f.doc.SetModifiedFlag(false);
+    f.frame->show();
+    QApplication::setActiveWindow(f.frame.get());
+    tree->setFocus();
+    tree->RenameSelected();
+    editor = tree->viewport()->findChild<QLineEdit*>();
+    QVERIFY(editor);
+    QTRY_COMPARE(QApplication::focusWidget(), editor);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("Typed by mistake"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QTRY_VERIFY(!tree->viewport()->findChild<QLineEdit*>());
+    QCOMPARE(f.doc.GetTask(gamma)->m_name, std::string("Alpha"));
+    QCOMPARE(tree->ItemOf(gamma)->text(0), QStringLiteral("Alpha"));
+    QVERIFY(!f.doc.IsModified());
+
+    // A click that selects never starts a rename, not even on the item already selected.
+    const QPoint onGamma = tree->visualItemRect(tree->ItemOf(gamma)).center();
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, onGamma);
+    QTest::qWait(QApplication::doubleClickInterval() + 200);
+    QVERIFY(!tree->viewport()->findChild<QLineEdit*>());
+    QCOMPARE(tree->currentItem(), tree->ItemOf(gamma));
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, onGamma);
+    QTest::qWait(QApplication::doubleClickInterval() + 200);
+    QVERIFY(!tree->viewport()->findChild<QLineEdit*>());
+    // F2 still renames in place.
+    QTest::keyClick(tree, Qt::Key_F2);
+    QTRY_VERIFY(tree->viewport()->findChild<QLineEdit*>());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QTRY_VERIFY(!tree->viewport()->findChild<QLineEdit*>());
+    QCOMPARE(f.doc.GetTask(gamma)->m_name, std::string("Alpha"));
 }
 
 void TestMainFrame::dropsTasksOntoAllowedAndRefusedTargets()
@@ -283,6 +316,56 @@ void TestMainFrame::startsAndStopsTheTimerFromTheTree()
     QMenu running;
     tree->FillContextMenu(running);
     QVERIFY(running.findChild<QAction*>(QStringLiteral("stopTimer")));
+}
+
+void TestMainFrame::timerChangesAreWrittenAtOnce()
+{
+    ViewFixture f;
+    const uint32_t client = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Acme");
+    f.Reopen();
+    f.app->SetAutoSave(1);
+    // What a program that crashed now would leave on disk.
+    auto onDisk = [&f]
+    {
+        QFile file(f.path);
+        if (!file.open(QIODevice::ReadOnly))
+            return std::unique_ptr<CTimeKeeperDoc>();
+        const QByteArray bytes = file.readAll();
+        auto copy = std::make_unique<CTimeKeeperDoc>();
+        platform::ScriptedPrompter quiet;
+        copy->LoadFromBytes(reinterpret_cast<const uint8_t*>(bytes.constData()), size_t(bytes.size()), quiet);
+        return copy;
+    };
+    auto runningOnDisk = [&]
+    {
+        auto copy = onDisk();
+        for (const auto& [key, day] : copy->m_days)
+            for (const auto& e : day->TimeEntries())
+                if (e->IsRunning())
+                    return int(e->m_taskId);
+        return 0;
+    };
+
+    f.frame->StartTimer(f.doc.GetTask(client));
+    QCOMPARE(runningOnDisk(), int(client));
+    QVERIFY(!f.doc.IsModified());
+
+    f.clock.Advance(20 * 60);
+    f.frame->PauseResumeTimer();
+    QCOMPARE(runningOnDisk(), 0);
+    f.clock.Advance(10 * 60);
+    f.frame->PauseResumeTimer();
+    QCOMPARE(runningOnDisk(), int(client));
+    f.clock.Advance(10 * 60);
+    f.frame->StopTimer();
+    QCOMPARE(runningOnDisk(), 0);
+    QCOMPARE(onDisk()->CountTimeEntries(), size_t(2));
+
+    // Without automatic saving the user saves, as for any other change.
+    f.app->SetAutoSave(0);
+    f.frame->StartTimer(f.doc.GetTask(client));
+    QCOMPARE(runningOnDisk(), 0);
+    QVERIFY(f.doc.IsModified());
 }
 
 void TestMainFrame::trayMenuFollowsTheTimerState()
