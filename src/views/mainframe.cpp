@@ -7,6 +7,7 @@
 #include "platform/settingsstore.h"
 #include "timekeeping/timer.h"
 #include "views/archivedlg.h"
+#include "views/dbus/documentbus.h"
 #include "views/icons.h"
 #include "views/newfiledlg.h"
 #include "views/qtconvert.h"
@@ -803,6 +804,8 @@ void CMainFrame::RefreshStatus()
 
 void CMainFrame::UpdateTitle()
 {
+    // The title follows the document and its path; so does its presence on the session bus.
+    UpdateDocumentService(*this);
     QString title = QFileInfo(ToQ(m_doc.GetPathName())).fileName();
     if (title.isEmpty())
         title = tr("Untitled");
