@@ -140,9 +140,8 @@ int Run(sd_bus* bus, const std::string& name, const std::string& path, const Com
     Message call;
     Message reply;
     Error error;
-    int r = sd_bus_message_new_method_call(bus, &call.m, name.c_str(),
-                                           DocumentObjectPath(path).c_str(), kDocumentInterface,
-                                           "Run");
+    int r = sd_bus_message_new_method_call(
+        bus, &call.m, name.c_str(), DocumentObjectPath(path).c_str(), kDocumentInterface, "Run");
     if (r >= 0)
         r = sd_bus_message_append_strv(call.m, strv.data());
     if (r >= 0)

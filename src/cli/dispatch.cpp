@@ -60,7 +60,8 @@ void PrintUsage(const CommandTable& table, std::ostream& out)
 
 const CommandTable& AllCommands()
 {
-    static const CommandTable table = [] {
+    static const CommandTable table = []
+    {
         CommandTable t;
         RegisterFileCommands(t);
         RegisterTaskCommands(t);

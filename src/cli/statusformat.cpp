@@ -43,13 +43,27 @@ std::string FormatStatus(const std::string& format, const StatusFields& f)
         const char c = i + 1 < format.size() ? format[++i] : '\0';
         switch (c)
         {
-        case 'S': out += f.state; break;
-        case 't': out += f.task; break;
-        case 's': out += f.start; break;
-        case 'e': out += f.elapsed; break;
-        case 'm': out += std::to_string(f.minutes); break;
-        case 'n': out += f.note; break;
-        case '%': out += '%'; break;
+        case 'S':
+            out += f.state;
+            break;
+        case 't':
+            out += f.task;
+            break;
+        case 's':
+            out += f.start;
+            break;
+        case 'e':
+            out += f.elapsed;
+            break;
+        case 'm':
+            out += std::to_string(f.minutes);
+            break;
+        case 'n':
+            out += f.note;
+            break;
+        case '%':
+            out += '%';
+            break;
         default:
             throw UsageError(std::string("--format knows %S %t %s %e %m %n %%, not '%") +
                              (c ? std::string(1, c) : std::string()) + "'");

@@ -73,10 +73,11 @@ std::string ReadText(const std::string& path)
 std::vector<std::map<std::string, std::string>> Members(const std::string& xml)
 {
     std::vector<std::map<std::string, std::string>> members;
-    const std::string text = QString::fromStdString(xml)
-                                 .remove(QRegularExpression(QStringLiteral("<!--.*?-->"),
-                                                            QRegularExpression::DotMatchesEverythingOption))
-                                 .toStdString();
+    const std::string text =
+        QString::fromStdString(xml)
+            .remove(QRegularExpression(QStringLiteral("<!--.*?-->"),
+                                       QRegularExpression::DotMatchesEverythingOption))
+            .toStdString();
     const size_t from = text.find(std::string("<interface name=\"") + kInterface);
     const size_t to = text.find("</interface>", from);
     if (from == std::string::npos || to == std::string::npos)
@@ -218,16 +219,17 @@ protected:
     QDBusMessage Call(pid_t pid, const QString& interface, const QString& method,
                       const QVariantList& args = {})
     {
-        QDBusMessage m = QDBusMessage::createMethodCall(InstanceName(pid), m_object, interface, method);
+        QDBusMessage m =
+            QDBusMessage::createMethodCall(InstanceName(pid), m_object, interface, method);
         m.setArguments(args);
         return QDBusConnection::sessionBus().call(m, QDBus::Block, 5000);
     }
 
     QVariant Property(const char* name, pid_t pid = 0)
     {
-        const QDBusMessage r =
-            Call(pid ? pid : m_program, QStringLiteral("org.freedesktop.DBus.Properties"),
-                 QStringLiteral("Get"), {QString::fromLatin1(kInterface), QString::fromLatin1(name)});
+        const QDBusMessage r = Call(
+            pid ? pid : m_program, QStringLiteral("org.freedesktop.DBus.Properties"),
+            QStringLiteral("Get"), {QString::fromLatin1(kInterface), QString::fromLatin1(name)});
         if (r.type() != QDBusMessage::ReplyMessage || r.arguments().isEmpty())
             return QVariant();
         return r.arguments().at(0).value<QDBusVariant>().variant();
@@ -281,13 +283,14 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     EXPECT_EQ(Property("State").toString(), QStringLiteral("running"));
     EXPECT_EQ(Property("Task").toString(), QStringLiteral("Acme/Website"));
     EXPECT_EQ(Property("TaskId").toUInt(), 3u);
-    EXPECT_TRUE(Property("Start").toString().contains(QRegularExpression(
-        QStringLiteral("^\\d{4}-\\d{2}-\\d{2}T\\d{2}:\\d{2}$"))));
+    EXPECT_TRUE(Property("Start").toString().contains(
+        QRegularExpression(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}T\\d{2}:\\d{2}$"))));
     EXPECT_TRUE(ProcessUntil([&] { return log.states.contains(QStringLiteral("running")); }));
     EXPECT_EQ(Ok({"status", "doc.qvx", "--format", "%S|%t|%m"}).substr(0, 21),
               "running|Acme/Website|");
 
-    const QDBusMessage status = Call(m_program, QString::fromLatin1(kInterface), QStringLiteral("Status"));
+    const QDBusMessage status =
+        Call(m_program, QString::fromLatin1(kInterface), QStringLiteral("Status"));
     ASSERT_EQ(status.arguments().size(), 5) << status.errorMessage().toStdString();
     EXPECT_EQ(status.arguments().at(0).toString(), QStringLiteral("running"));
     EXPECT_EQ(status.arguments().at(1).toString(), QStringLiteral("Acme/Website"));
@@ -403,8 +406,9 @@ TEST_F(DbusTest, IntrospectionMatchesTheInterfaceDescription)
 TEST_F(DbusTest, RunRefusesWhatQvxRefuses)
 {
     // Run is the bus's own entry: the same statuses and texts as qvx prints.
-    QDBusMessage r = Call(m_program, QString::fromLatin1(kInterface), QStringLiteral("Run"),
-                          {QStringList{QStringLiteral("frobnicate")}, QString::fromStdString(m_dir)});
+    QDBusMessage r =
+        Call(m_program, QString::fromLatin1(kInterface), QStringLiteral("Run"),
+             {QStringList{QStringLiteral("frobnicate")}, QString::fromStdString(m_dir)});
     ASSERT_EQ(r.arguments().size(), 3) << r.errorMessage().toStdString();
     EXPECT_EQ(r.arguments().at(0).toInt(), 2);
     EXPECT_TRUE(r.arguments().at(2).toByteArray().contains("unknown command 'frobnicate'"));
@@ -414,7 +418,7 @@ TEST_F(DbusTest, RunRefusesWhatQvxRefuses)
               QStringLiteral("/no/such/folder")});
     ASSERT_EQ(r.arguments().size(), 3);
     EXPECT_EQ(r.arguments().at(0).toInt(), 1);
-    EXPECT_TRUE(r.arguments().at(2).toByteArray().contains("working directory")) ;
+    EXPECT_TRUE(r.arguments().at(2).toByteArray().contains("working directory"));
 
     r = Call(m_program, QString::fromLatin1(kInterface), QStringLiteral("Run"),
              {QStringList{QStringLiteral("tasks"), QStringLiteral("doc.qvx")},

@@ -67,8 +67,8 @@ void UpdateDocumentService(CMainFrame& frame)
     // Without a session bus the program works as before; qvx then works on the file.
     if (!bus.isConnected() || !TakeBusNames(bus))
         return;
-    auto* service = new CDocumentService(frame.Doc(), frame.App(), path,
-                                         [&frame] { AfterRun(frame); }, &frame);
+    auto* service = new CDocumentService(
+        frame.Doc(), frame.App(), path, [&frame] { AfterRun(frame); }, &frame);
     QString reason;
     if (!service->Register(bus, &reason))
     {

@@ -93,9 +93,12 @@ CDocumentService::CDocumentService(CTimeKeeperDoc& doc, CTimeKeeperApp& app,
 {
     new CDocumentAdaptor(this);
     // The automatic save reports from its own thread; the state is looked at here.
-    m_observer = m_doc.AddObserver([this](unsigned) {
-        QMetaObject::invokeMethod(this, [this] { CheckTimerState(); }, Qt::QueuedConnection);
-    });
+    m_observer = m_doc.AddObserver(
+        [this](unsigned)
+        {
+            QMetaObject::invokeMethod(
+                this, [this] { CheckTimerState(); }, Qt::QueuedConnection);
+        });
     m_told = Snapshot();
 }
 
@@ -138,9 +141,9 @@ CDocumentService::TimerSnapshot CDocumentService::Snapshot() const
         if (e->m_day)
         {
             const CDateTime date = e->m_day->GetDate();
-            snap.start = QString::asprintf("%04d-%02d-%02dT%02d:%02d", date.GetYear(),
-                                           date.GetMonth(), date.GetDay(), e->m_start.GetHour(),
-                                           e->m_start.GetMinute());
+            snap.start =
+                QString::asprintf("%04d-%02d-%02dT%02d:%02d", date.GetYear(), date.GetMonth(),
+                                  date.GetDay(), e->m_start.GetHour(), e->m_start.GetMinute());
         }
     }
     else if (m_doc.m_paused && m_doc.m_pausedTask)
@@ -199,9 +202,10 @@ QString CDocumentService::Status(QString& task, QString& start, uint& elapsedMin
     task = Task();
     start = snap.start;
     elapsedMinutes = ElapsedMinutes();
-    elapsedText = elapsedMinutes ? Q(m_app.GetElapsedText(
-                                       CTinyElapsedTime::FromMinutes(int64_t(elapsedMinutes))))
-                                 : QString();
+    elapsedText =
+        elapsedMinutes
+            ? Q(m_app.GetElapsedText(CTinyElapsedTime::FromMinutes(int64_t(elapsedMinutes))))
+            : QString();
     return snap.state;
 }
 
@@ -215,9 +219,9 @@ void CDocumentService::CheckTimerState()
     emit TimerChanged(now.state, task, now.start);
     if (!m_registered)
         return;
-    QDBusMessage changed = QDBusMessage::createSignal(
-        ObjectPath(), QStringLiteral("org.freedesktop.DBus.Properties"),
-        QStringLiteral("PropertiesChanged"));
+    QDBusMessage changed =
+        QDBusMessage::createSignal(ObjectPath(), QStringLiteral("org.freedesktop.DBus.Properties"),
+                                   QStringLiteral("PropertiesChanged"));
     const QVariantMap values{{QStringLiteral("State"), now.state},
                              {QStringLiteral("Task"), task},
                              {QStringLiteral("TaskId"), QVariant::fromValue(now.taskId)},
