@@ -1,7 +1,6 @@
 #include "cli/commandsession.h"
 
 #include "cli/documenthost.h"
-
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 
@@ -119,9 +118,8 @@ void CommandSession::Save()
     m_doc.Doc().UpdateAllViews();
     m_doc.Save();
     // A hosting program keeps a paused task itself, as long as it runs.
-    if (m_doc.Hosted())
-        return;
-    m_timer->SavePausedState(m_app.Store(), m_doc.Path());
+    if (!m_doc.Hosted())
+        m_timer->SavePausedState(m_app.Store(), m_doc.Path());
     m_app.SaveStore();
 }
 
