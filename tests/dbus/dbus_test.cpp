@@ -35,6 +35,12 @@ using qvtest::Json;
 using qvtest::QvxResult;
 using qvtest::QvxTest;
 
+// Readable failures for the texts the bus answers.
+void PrintTo(const QString& text, std::ostream* os)
+{
+    *os << '"' << text.toStdString() << '"';
+}
+
 // Collects the TimerChanged signals of the document's object.
 class SignalLog : public QObject
 {
@@ -366,6 +372,21 @@ TEST_F(DbusTest, ProgramThatStoppedAnsweringChangesNothing)
     EXPECT_TRUE(Contains(r.err, "nothing was changed")) << r.err;
     EXPECT_LT(waited, std::chrono::seconds(6));
     EXPECT_EQ(Run({"--no-forward", "dump", "--json", "doc.qvx"}).out, before);
+
+    // A caller that gave up before the program came back is not served late.
+    {
+        QDBusConnection leaver =
+            QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("leaver"));
+        QDBusMessage run = QDBusMessage::createMethodCall(InstanceName(m_program), m_object,
+                                                          QString::fromLatin1(kInterface),
+                                                          QStringLiteral("Run"));
+        run << QStringList{QStringLiteral("start"), QStringLiteral("doc.qvx"),
+                           QStringLiteral("Internal")}
+            << QString::fromStdString(m_dir);
+        leaver.asyncCall(run, 500);
+        ProcessUntil([] { return false; });
+        QDBusConnection::disconnectFromBus(QStringLiteral("leaver"));
+    }
 
     ASSERT_EQ(::kill(m_program, SIGCONT), 0);
     EXPECT_EQ(Property("State").toString(), QStringLiteral("inactive"));

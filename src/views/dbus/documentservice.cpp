@@ -9,7 +9,6 @@
 #include "model/timekeeperdoc.h"
 
 #include <QApplication>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QVariantMap>
 #include <QWidget>
@@ -239,9 +238,14 @@ int CDocumentService::Run(const QStringList& argv, const QString& cwd, QByteArra
     // nothing changed: keep it so.
     if (calledFromDBus())
     {
-        const QString caller = message().service();
-        QDBusConnectionInterface* bus = connection().interface();
-        if (!caller.isEmpty() && bus && !bus->isServiceRegistered(caller).value())
+        // Asked without an event loop of its own, so that no other call runs meanwhile.
+        QDBusMessage asking = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+        asking << message().service();
+        const QDBusMessage reply = connection().call(asking, QDBus::Block, 2000);
+        if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty() &&
+            !reply.arguments().at(0).toBool())
         {
             err = "qvx: the caller left before the command ran; nothing was changed\n";
             return 1;
