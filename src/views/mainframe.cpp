@@ -458,7 +458,10 @@ void CMainFrame::ShowTipAtStartUp()
 
 bool CMainFrame::OpenDocumentFile(const QString& path)
 {
-    const bool opened = m_doc.OnOpenDocument(FromQ(path), m_prompter);
+    // Held by its absolute path: saves started from elsewhere (qvx over the bus runs in the
+    // caller's folder) must find the same file and its backup.
+    const bool opened =
+        m_doc.OnOpenDocument(FromQ(QFileInfo(path).absoluteFilePath()), m_prompter);
     if (opened)
         AddRecentFile(QFileInfo(path).absoluteFilePath());
     AfterDocumentReplaced();

@@ -178,7 +178,8 @@ protected:
         env.push_back("QT_QPA_PLATFORM=offscreen");
         env.push_back("LANG=en_US.UTF-8");
         env.push_back("LC_ALL=en_US.UTF-8");
-        std::vector<std::string> argv = {QUORVANE_PATH, m_doc};
+        // Named as a user names it on a command line: relative to the folder it starts in.
+        std::vector<std::string> argv = {QUORVANE_PATH, "doc.qvx"};
         std::vector<char*> argp, envp;
         for (std::string& a : argv)
             argp.push_back(a.data());
@@ -329,6 +330,15 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
 
     out = Ok({"task", "add", "doc.qvx", "Acme", "Support"});
     EXPECT_TRUE(Contains(out, "'Support' (#5) under 'Acme'")) << out;
+    // From a caller in another folder: the program still saves its own file.
+    const QDBusMessage added = Call(
+        m_program, QString::fromLatin1(kInterface), QStringLiteral("Run"),
+        {QStringList{QStringLiteral("task"), QStringLiteral("add"), QString::fromStdString(m_doc),
+                     QStringLiteral("Acme"), QStringLiteral("Hosting")},
+         QStringLiteral("/")});
+    ASSERT_EQ(added.arguments().size(), 3) << added.errorMessage().toStdString();
+    EXPECT_EQ(added.arguments().at(0).toInt(), 0)
+        << added.arguments().at(2).toByteArray().toStdString();
 
     // A question with no --yes or --no is refused, as qvx refuses without a terminal.
     r = Run({"task", "rm", "doc.qvx", "Internal"});
@@ -356,6 +366,7 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     Stop(m_program);
     const Json saved = DumpJson("doc.qvx");
     EXPECT_TRUE(HasTask(saved, "Support"));
+    EXPECT_TRUE(HasTask(saved, "Hosting"));
     EXPECT_EQ(TimeOf(saved, "20240610"), expected);
     EXPECT_FALSE(std::filesystem::exists(Path("doc.qvx Backup")));
 }
@@ -377,9 +388,9 @@ TEST_F(DbusTest, ProgramThatStoppedAnsweringChangesNothing)
     {
         QDBusConnection leaver =
             QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("leaver"));
-        QDBusMessage run = QDBusMessage::createMethodCall(InstanceName(m_program), m_object,
-                                                          QString::fromLatin1(kInterface),
-                                                          QStringLiteral("Run"));
+        QDBusMessage run =
+            QDBusMessage::createMethodCall(InstanceName(m_program), m_object,
+                                           QString::fromLatin1(kInterface), QStringLiteral("Run"));
         run << QStringList{QStringLiteral("start"), QStringLiteral("doc.qvx"),
                            QStringLiteral("Internal")}
             << QString::fromStdString(m_dir);
