@@ -1,6 +1,7 @@
 #include "cli/appcontext.h"
 
 #include "cli/cliargs.h"
+#include "cli/documenthost.h"
 #include "model/timekeeperdoc.h"
 #include "platform/locale.h"
 
@@ -34,10 +35,18 @@ std::string Lower(std::string s)
 }
 } // namespace
 
-AppContext::AppContext() : m_store(platform::SettingsStore::DefaultPath())
+AppContext::AppContext()
 {
+    if (DocumentHost* host = CurrentHost())
+    {
+        m_app = &host->app;
+        m_store = &host->app.GetStore();
+        return;
+    }
+    m_ownStore = std::make_unique<platform::SettingsStore>(platform::SettingsStore::DefaultPath());
+    m_store = m_ownStore.get();
     std::string warning;
-    if (!m_store.Load(&warning) && !warning.empty())
+    if (!m_store->Load(&warning) && !warning.empty())
         std::cerr << "qvx: " << warning << "\n";
 
     platform::LocalTime fixed;
@@ -52,8 +61,9 @@ AppContext::AppContext() : m_store(platform::SettingsStore::DefaultPath())
     else
         m_clock = std::make_unique<platform::SystemClock>();
 
-    m_app = std::make_unique<CTimeKeeperApp>(m_store, *m_clock,
-                                             platform::LocaleInfo::FromEnvironment());
+    m_ownApp = std::make_unique<CTimeKeeperApp>(*m_store, *m_clock,
+                                                platform::LocaleInfo::FromEnvironment());
+    m_app = m_ownApp.get();
     m_app->LoadSettings();
 }
 
@@ -61,15 +71,18 @@ AppContext::~AppContext() = default;
 
 void AppContext::Attach(CTimeKeeperDoc& doc)
 {
+    // The host's own document is attached to its application already.
+    if (DocumentHost* host = CurrentHost(); host && &host->doc == &doc)
+        return;
     doc.m_fullTaskNames = m_app->GetListType() == 1;
-    CTimeKeeperApp* app = m_app.get();
+    CTimeKeeperApp* app = m_app;
     doc.m_roundedNow = [app] { return app->RoundTime(app->Now()); };
 }
 
 void AppContext::SaveStore()
 {
     std::string error;
-    if (!m_store.Save(&error))
+    if (!m_store->Save(&error))
         std::cerr << "qvx: settings not saved: " << error << "\n";
 }
 

@@ -15,7 +15,8 @@ namespace cli
 
 // The application object as qvx uses it: the user's settings file shared with the
 // desktop program, the locale of the environment, and the system clock (or the fixed
-// moment of QVX_NOW="YYYY-MM-DD HH:MM[:SS]", for scripts and tests).
+// moment of QVX_NOW="YYYY-MM-DD HH:MM[:SS]", for scripts and tests). Inside a program that
+// hosts the command (see documenthost.h) it is that program's application object instead.
 class AppContext
 {
 public:
@@ -23,16 +24,18 @@ public:
     ~AppContext();
 
     CTimeKeeperApp& App() { return *m_app; }
-    platform::SettingsStore& Store() { return m_store; }
+    platform::SettingsStore& Store() { return *m_store; }
     // Gives the document what it needs from the application (rounding, name mode).
     void Attach(CTimeKeeperDoc& doc);
     // Writes the settings back (qvx changes only on-demand keys and the invoice number).
     void SaveStore();
 
 private:
-    platform::SettingsStore m_store;
+    std::unique_ptr<platform::SettingsStore> m_ownStore;
     std::unique_ptr<platform::Clock> m_clock;
-    std::unique_ptr<CTimeKeeperApp> m_app;
+    std::unique_ptr<CTimeKeeperApp> m_ownApp;
+    platform::SettingsStore* m_store = nullptr;
+    CTimeKeeperApp* m_app = nullptr;
 };
 
 // "Acme/Website/Design" (names matched case-insensitively from the top task down; the

@@ -1,5 +1,6 @@
 #include "cli/commandsession.h"
 
+#include "cli/documenthost.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 
@@ -49,7 +50,7 @@ int CliTimerUi::AskConflictResolution()
     case ConflictPolicy::ask:
         break;
     }
-    if (!isatty(STDIN_FILENO))
+    if (!CanAskOnTerminal())
     {
         m_refused = true;
         return 2;
@@ -84,6 +85,14 @@ CommandSession::CommandSession(Context& ctx, const std::string& path, Mode mode,
     else
         m_doc.OpenForReading(path);
     m_app.Attach(m_doc.Doc());
+    if (m_doc.Hosted())
+    {
+        // The hosting program's timer stays the document's listener; its state (running,
+        // paused, the tick's midnight check) is the program's and is taken as it is.
+        m_hostTimerStopped = m_doc.Doc().m_onTimerStopped;
+        m_timer = std::make_unique<CTimer>(m_doc.Doc(), m_app.App(), m_ui, ctx.prompter);
+        return;
+    }
     m_timer = std::make_unique<CTimer>(m_doc.Doc(), m_app.App(), m_ui, ctx.prompter);
 
     // A timer left running over midnight is stopped or split as the file is opened;
@@ -181,6 +190,11 @@ CommandSession::~CommandSession()
 {
     // The timer detaches itself from the document; it must go first.
     m_timer.reset();
+    if (m_doc.Hosted())
+    {
+        std::lock_guard<std::recursive_mutex> lock(m_doc.Doc().GetLock());
+        m_doc.Doc().m_onTimerStopped = m_hostTimerStopped;
+    }
 }
 
 void CommandSession::Save()
@@ -188,7 +202,9 @@ void CommandSession::Save()
     m_doc.Doc().SetModifiedFlag(true);
     m_doc.Doc().UpdateAllViews();
     m_doc.Save();
-    m_timer->SavePausedState(m_app.Store(), m_doc.Path());
+    // A hosting program keeps a paused task itself, as long as it runs.
+    if (!m_doc.Hosted())
+        m_timer->SavePausedState(m_app.Store(), m_doc.Path());
     m_app.SaveStore();
 }
 

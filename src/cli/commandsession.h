@@ -6,6 +6,7 @@
 #include "timekeeping/timer.h"
 #include "timekeeping/timerui.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -105,6 +106,7 @@ private:
     DocSession m_doc;
     CliTimerUi m_ui;
     std::unique_ptr<CTimer> m_timer;
+    std::function<void()> m_hostTimerStopped;
 };
 
 // A refusal with the system's own text for `messageId`.

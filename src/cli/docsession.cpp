@@ -1,6 +1,7 @@
 #include "cli/docsession.h"
 
 #include "cli/cliargs.h"
+#include "cli/documenthost.h"
 #include "platform/sharedfile.h"
 
 #include <cerrno>
@@ -115,6 +116,13 @@ void DocSession::FailLoad(const std::string& path, const LoadResult& result)
 
 void DocSession::OpenForReading(const std::string& path)
 {
+    // Reads in a hosting program see its document as it stands, unsaved changes included.
+    if (DocumentHost* host = HostFor(path))
+    {
+        m_hosted = &host->doc;
+        m_path = path;
+        return;
+    }
     const std::vector<uint8_t> bytes = ReadWholeFile(path);
     QuietPrompter quiet(m_prompter);
     const LoadResult result = m_doc->LoadFromBytes(bytes.data(), bytes.size(), quiet);
@@ -126,6 +134,16 @@ void DocSession::OpenForReading(const std::string& path)
 
 void DocSession::OpenForChange(const std::string& path)
 {
+    if (DocumentHost* host = HostFor(path))
+    {
+        m_path = path;
+        if (host->doc.IsReadOnly())
+            throw CommandError("'" + path +
+                               "' is not available for updating: another copy of the program "
+                               "holds it; nothing was changed");
+        m_hosted = &host->doc;
+        return;
+    }
     struct stat st
     {
     };
@@ -170,11 +188,28 @@ void DocSession::Save()
 void DocSession::SaveAs(const std::string& path)
 {
     QuietPrompter quiet(m_prompter);
-    if (!m_doc->OnSaveDocument(path, quiet))
+    if (m_hosted && CanonicalPath(path) != CanonicalPath(m_hosted->GetPathName()))
+    {
+        // A copy elsewhere (convert): the hosting program's document keeps its own file.
+        std::vector<uint8_t> bytes;
+        {
+            std::lock_guard<std::recursive_mutex> lock(m_hosted->GetLock());
+            bytes = m_hosted->SaveToBytes();
+        }
+        CTimeKeeperDoc copy;
+        const LoadResult loaded = copy.LoadFromBytes(bytes.data(), bytes.size(), quiet);
+        if (loaded.status != LoadResult::loaded || !copy.OnSaveDocument(path, quiet))
+            throw CommandError(
+                "could not save '" + path + "'" +
+                (quiet.Messages().empty() ? std::string() : ": " + quiet.Messages().back()));
+        return;
+    }
+    // The hosting program's own document is saved in place through the file it holds.
+    if (!Doc().OnSaveDocument(m_hosted ? m_hosted->GetPathName() : path, quiet))
         throw CommandError(
             "could not save '" + path + "'" +
             (quiet.Messages().empty() ? std::string() : ": " + quiet.Messages().back()));
-    m_doc->SetModifiedFlag(false);
+    Doc().SetModifiedFlag(false);
     m_path = path;
 }
 

@@ -27,8 +27,10 @@ public:
     // Saves to a new path (which then becomes the document's).
     void SaveAs(const std::string& path);
 
-    CTimeKeeperDoc& Doc() { return *m_doc; }
-    const CTimeKeeperDoc& Doc() const { return *m_doc; }
+    CTimeKeeperDoc& Doc() { return m_hosted ? *m_hosted : *m_doc; }
+    const CTimeKeeperDoc& Doc() const { return m_hosted ? *m_hosted : *m_doc; }
+    // The document is the one a hosting program keeps open (see documenthost.h).
+    bool Hosted() const { return m_hosted != nullptr; }
     TerminalPrompter& Prompter() { return m_prompter; }
     const std::string& Path() const { return m_path; }
 
@@ -37,6 +39,7 @@ private:
 
     TerminalPrompter& m_prompter;
     std::unique_ptr<CTimeKeeperDoc> m_doc;
+    CTimeKeeperDoc* m_hosted = nullptr;
     std::string m_path;
 };
 

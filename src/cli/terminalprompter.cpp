@@ -1,5 +1,7 @@
 #include "cli/terminalprompter.h"
 
+#include "cli/documenthost.h"
+
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -38,7 +40,7 @@ platform::Answer TerminalPrompter::Ask(const std::string& text, bool withCancel)
         return platform::Answer::yes;
     if (m_preset == Preset::no)
         return platform::Answer::no;
-    if (!isatty(STDIN_FILENO))
+    if (!CanAskOnTerminal())
     {
         Print(text);
         Print("qvx: this question needs an answer: run again with --yes or --no");

@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "cli/commandsession.h"
+#include "cli/statusformat.h"
 #include "model/timekeeperdoc.h"
 
 #include <algorithm>
@@ -235,11 +236,16 @@ int Resume(Context& ctx)
 int Status(Context& ctx)
 {
     Args args(ctx.argv, {});
-    args.Expect(1, 1, {});
+    args.Expect(1, 1, {"format"});
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
     CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
     std::lock_guard<std::recursive_mutex> lock(s.Doc().GetLock());
+    if (const auto format = args.Option("format"))
+    {
+        std::cout << FormatStatus(*format, CurrentStatus(s)) << "\n";
+        return 0;
+    }
     if (const CTimeEntry* e = s.Timer().GetActiveEntry(); e && s.Timer().IsRunning())
     {
         std::cout << "Running: " << s.TaskPath(e->m_taskId) << "\n";
@@ -293,7 +299,8 @@ void RegisterTimerCommands(CommandTable& table)
                "stop the running timer", Stop});
     table.Add({"pause", "FILE", "pause the running timer", Pause});
     table.Add({"resume", "FILE", "resume the paused timer", Resume});
-    table.Add({"status", "FILE", "show the running or paused timer", Status});
+    table.Add({"status", std::string("FILE [--format TEXT]\n") + kStatusFormatHelp,
+               "show the running or paused timer", Status});
     table.Add({"recent", "FILE",
                "list the recently timed tasks (line numbers for start --recent N)", Recent});
 }

@@ -9,6 +9,7 @@
 #include "reports/reportrunner.h"
 #include "timekeeping/timer.h"
 #include "views/archivedlg.h"
+#include "views/dbus/documentbus.h"
 #include "views/icons.h"
 #include "views/newfiledlg.h"
 #include "views/print/printicons.h"
@@ -531,7 +532,10 @@ void CMainFrame::ShowTipAtStartUp()
 
 bool CMainFrame::OpenDocumentFile(const QString& path)
 {
-    const bool opened = m_doc.OnOpenDocument(FromQ(path), m_prompter);
+    // Held by its absolute path: saves started from elsewhere (qvx over the bus runs in the
+    // caller's folder) must find the same file and its backup.
+    const bool opened =
+        m_doc.OnOpenDocument(FromQ(QFileInfo(path).absoluteFilePath()), m_prompter);
     if (opened)
         AddRecentFile(QFileInfo(path).absoluteFilePath());
     AfterDocumentReplaced();
@@ -901,6 +905,8 @@ void CMainFrame::RefreshStatus()
 
 void CMainFrame::UpdateTitle()
 {
+    // The title follows the document and its path; so does its presence on the session bus.
+    UpdateDocumentService(*this);
     QString title = QFileInfo(ToQ(m_doc.GetPathName())).fileName();
     if (title.isEmpty())
         title = tr("Untitled");
