@@ -85,6 +85,23 @@ double DateKey(const CDateTime& d)
     return d.IsValid() ? d.GetValue() : std::numeric_limits<double>::max();
 }
 
+// Task view lists entries of many days: a start or end sorts by its day first, then
+// by its time of day.
+double TaskViewTimeKey(const CDateTime& date, const CTinyTime& time)
+{
+    const double day = DateKey(date);
+    return day == std::numeric_limits<double>::max() ? day : day + time.MinutesOfDay() / 1440.0;
+}
+
+// A running entry has no end yet: it sorts after every end of its day.
+double TaskViewEndKey(const CDateTime& date, const CTimeEntry& entry)
+{
+    if (!entry.IsRunning())
+        return TaskViewTimeKey(date, entry.m_end);
+    const double day = DateKey(date);
+    return day == std::numeric_limits<double>::max() ? day : day + 1440.5 / 1440.0;
+}
+
 // The day a date belongs to, at midnight.
 CDateTime DayOf(const CDateTime& d)
 {
@@ -494,7 +511,7 @@ void CSheetListView::FillTime()
             const CDateTime date = day ? day->GetDate() : CDateTime();
             item = AddRow({ToQ(app.FormatShortDate(date)), ToQ(e->m_note), start, end, elapsedText},
                           {DateKey(date) + e->m_start.MinutesOfDay() / 1440.0, ToQ(e->m_note),
-                           e->m_start.MinutesOfDay(), e->IsRunning() ? 100000 : e->m_end.MinutesOfDay(),
+                           TaskViewTimeKey(date, e->m_start), TaskViewEndKey(date, *e),
                            double(elapsed.TotalMinutes())},
                           e);
         }

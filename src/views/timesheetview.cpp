@@ -286,6 +286,11 @@ void CTimeSheetView::OnDocumentReplaced()
     RefreshMarks();
 }
 
+void CTimeSheetView::OnSettingsChanged()
+{
+    ShowMonths();
+}
+
 void CTimeSheetView::FillContextMenu(QMenu& menu)
 {
     QAction* today = menu.addAction(tr("Go to Tod&ay"));

@@ -6,6 +6,8 @@
 int RunMainFrameTests(int argc, char** argv);
 int RunEntryListTests(int argc, char** argv);
 int RunWidgetTests(int argc, char** argv);
+int RunOptionsTests(int argc, char** argv);
+int RunMainWindowTests(int argc, char** argv);
 
 // One program for the suites of the views; the first argument names the suite, the
 // rest go to Qt Test (a test function name, -v2, ...).
@@ -22,6 +24,8 @@ int main(int argc, char** argv)
         {"mainframe", RunMainFrameTests},
         {"entrylists", RunEntryListTests},
         {"widgets", RunWidgetTests},
+        {"options", RunOptionsTests},
+        {"mainwindow", RunMainWindowTests},
     };
     std::vector<char*> args(argv, argv + argc);
     const char* wanted = argc > 1 ? argv[1] : nullptr;
