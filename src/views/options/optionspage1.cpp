@@ -82,12 +82,14 @@ COptionsPage1::COptionsPage1(CMainFrame& frame, QWidget* parent)
         m_weekStart->addItem(ToQ(day));
     auto* week = new QGroupBox(tr("Work Week"));
     auto* weekLayout = new QFormLayout(week);
+    weekLayout->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     weekLayout->addRow(tr("&Starts on:"), m_weekStart);
 
     m_mileageRate->setDecimals(3);
     m_mileageRate->setRange(0.0, 999.999);
     m_mileageRate->setSingleStep(0.01);
     auto* general = new QFormLayout;
+    general->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     general->addRow(tr("Default &Mileage Rate:"), m_mileageRate);
 
     auto* layout = new QVBoxLayout(this);

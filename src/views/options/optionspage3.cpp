@@ -41,6 +41,7 @@ COptionsPage3::COptionsPage3(CMainFrame& frame, QWidget* parent)
     for (const auto& [text, index] : intervals)
         m_interval->addItem(text, index);
     auto* rounding = new QFormLayout;
+    rounding->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     rounding->addRow(tr("&Round To Nearest:"), m_interval);
 
     auto* layout = new QVBoxLayout(this);

@@ -29,6 +29,9 @@ COptionsPage7::COptionsPage7(CMainFrame& frame, QWidget* parent)
     m_terms->setMaxLength(kMaxTerms);
     m_nextNumber->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,9}")), this));
 
+    const int numberWidth = fontMetrics().horizontalAdvance(QStringLiteral("0000000000")) + 40;
+    m_taxRate->setMaximumWidth(numberWidth);
+    m_nextNumber->setMaximumWidth(numberWidth);
     auto* form = new QFormLayout(this);
     form->addRow(tr("&Address:"), m_address);
     form->addRow(tr("Default Tax &Rate (%):"), m_taxRate);

@@ -39,7 +39,7 @@ COptionsSheet::COptionsSheet(CMainFrame& frame, QWidget* parent)
     connect(m_buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_buttons->button(QDialogButtonBox::Apply), &QPushButton::clicked, this, &COptionsSheet::ApplyAll);
-    resize(520, 400);
+    resize(740, 430);
 }
 
 bool COptionsSheet::ApplyAll()
