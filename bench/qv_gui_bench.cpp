@@ -292,17 +292,18 @@ int main(int argc, char** argv)
         if (doc.GetRootTask() == nullptr || doc.CountTimeEntries() != entryCount)
             Fail("the document did not open in the window: " + prompter.last);
 
-        // Another day: the lists refill, the calendar moves its selection and marks.
+        // Another day: the lists refill, the calendar moves its selection and marks,
+        // and the window paints. The paint is asked for at once: left to the event loop,
+        // the platform would hold it back for its next frame, which is no work of ours.
         application.Unwatch();
-        application.Watch(frame->SheetList()->List()->viewport());
         frame->TimeSheet()->SelectDate(days.front());
-        application.WaitForPaints(5);
+        frame->repaint();
         for (size_t i = 1; i < days.size(); ++i)
         {
             Stopwatch watch;
             frame->TimeSheet()->SelectDate(days[i]);
-            if (!application.WaitForPaints(5))
-                Fail("the entry list did not paint after a day switch");
+            QCoreApplication::sendPostedEvents();
+            frame->repaint();
             daySwitch.seconds.push_back(watch.Seconds());
             daySwitch.cpu.push_back(watch.CpuSeconds());
             if (frame->SheetList()->RowCount() == 0)
@@ -311,12 +312,13 @@ int main(int argc, char** argv)
 
         // Task view on the task with 10,000 entries.
         frame->TaskView()->SelectTask(busyTask);
-        application.WaitForPaints(5);
+        QCoreApplication::sendPostedEvents();
+        frame->repaint();
         {
             Stopwatch watch;
             frame->SetViewType(1);
-            if (!application.WaitForPaints(30))
-                Fail("the entry list did not paint in Task view");
+            QCoreApplication::sendPostedEvents();
+            frame->repaint();
             taskView.seconds.push_back(watch.Seconds());
             taskView.cpu.push_back(watch.CpuSeconds());
         }
@@ -324,7 +326,6 @@ int main(int argc, char** argv)
             Fail("Task view listed " + std::to_string(frame->SheetList()->RowCount()) + " rows, not " +
                  std::to_string(kTaskViewEntries));
         frame->SetViewType(0);
-        application.Unwatch();
         frame->close();
         frame.reset();
         doc.CloseHeldFile();

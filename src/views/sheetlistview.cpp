@@ -415,16 +415,19 @@ void CSheetListView::ApplySort()
 
 QTreeWidgetItem* CSheetListView::AddRow(const QStringList& texts, const QList<QVariant>& sortValues, void* record)
 {
-    auto* item = new CSheetItem(m_list, texts);
+    // Built outside the list and added with the others once the page is filled: an
+    // item in the list reports every change of its data to the views.
+    auto* item = new CSheetItem(texts);
+    const QTreeWidgetItem* header = m_list->headerItem();
     for (int i = 0; i < texts.size(); ++i)
     {
         item->setData(i, kSortRole, sortValues.value(i, texts[i]));
-        const QString title = m_list->headerItem()->text(i);
-        if (title == tr("Amount") || title == tr("Elapsed"))
+        if (header->textAlignment(i) & Qt::AlignRight)
             item->setTextAlignment(i, Qt::AlignRight | Qt::AlignVCenter);
     }
     item->setData(0, kRecordRole, QVariant::fromValue(quintptr(record)));
-    item->setData(0, kOrderRole, m_list->topLevelItemCount());
+    item->setData(0, kOrderRole, int(m_pendingRows.size()));
+    m_pendingRows.append(item);
     m_shown.push_back(record);
     return item;
 }
@@ -472,6 +475,8 @@ void CSheetListView::Refill()
             break;
         }
     }
+    m_list->addTopLevelItems(m_pendingRows);
+    m_pendingRows.clear();
     ApplySort();
     // The rows selected before stay selected while they are still listed.
     for (int i = 0; i < m_list->topLevelItemCount(); ++i)
