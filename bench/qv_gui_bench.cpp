@@ -21,6 +21,7 @@
 #include <QApplication>
 #include <QDate>
 #include <QElapsedTimer>
+#include <QStatusBar>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -303,7 +304,10 @@ int main(int argc, char** argv)
             Stopwatch watch;
             frame->TimeSheet()->SelectDate(days[i]);
             QCoreApplication::sendPostedEvents();
-            frame->repaint();
+            // What a day switch changes: the calendar and the lists (the tree stays).
+            frame->TimeSheet()->repaint();
+            frame->SheetList()->repaint();
+            frame->statusBar()->repaint();
             daySwitch.seconds.push_back(watch.Seconds());
             daySwitch.cpu.push_back(watch.CpuSeconds());
             if (frame->SheetList()->RowCount() == 0)
@@ -318,7 +322,8 @@ int main(int argc, char** argv)
             Stopwatch watch;
             frame->SetViewType(1);
             QCoreApplication::sendPostedEvents();
-            frame->repaint();
+            frame->SheetList()->repaint();
+            frame->statusBar()->repaint();
             taskView.seconds.push_back(watch.Seconds());
             taskView.cpu.push_back(watch.CpuSeconds());
         }

@@ -39,30 +39,64 @@ constexpr int kOrderRole = Qt::UserRole + 3;
 const char* const kSettings = "Settings";
 
 // A row that sorts by the values the list put under kSortRole: numbers as numbers,
-// texts without regard to case, ties in the order the rows were filled.
+// texts without regard to case, ties in the order the rows were filled. The keys are
+// kept beside the item's data too, since a sort of thousands of rows reads them often.
 class CSheetItem : public QTreeWidgetItem
 {
 public:
     using QTreeWidgetItem::QTreeWidgetItem;
 
+    void setData(int column, int role, const QVariant& value) override
+    {
+        if (role == CSheetListView::kSortRole && column >= 0)
+        {
+            if (size_t(column) >= m_keys.size())
+                m_keys.resize(size_t(column) + 1);
+            Key& key = m_keys[size_t(column)];
+            key.isText = value.typeId() == QMetaType::QString;
+            key.text = key.isText ? value.toString() : QString();
+            key.number = key.isText ? 0.0 : value.toDouble();
+        }
+        else if (role == kOrderRole && column == 0)
+            m_order = value.toInt();
+        QTreeWidgetItem::setData(column, role, value);
+    }
+
     bool operator<(const QTreeWidgetItem& other) const override
     {
         const int column = treeWidget() ? treeWidget()->sortColumn() : 0;
-        const QVariant a = data(column, CSheetListView::kSortRole);
-        const QVariant b = other.data(column, CSheetListView::kSortRole);
+        const auto* row = dynamic_cast<const CSheetItem*>(&other);
+        if (row == nullptr || column < 0)
+            return QTreeWidgetItem::operator<(other);
+        const Key& a = KeyOf(column);
+        const Key& b = row->KeyOf(column);
         int order = 0;
-        if (a.typeId() == QMetaType::QString || b.typeId() == QMetaType::QString)
-            order = QString::compare(a.toString(), b.toString(), Qt::CaseInsensitive);
+        if (a.isText || b.isText)
+            order = QString::compare(a.isText ? a.text : QString::number(a.number),
+                                     b.isText ? b.text : QString::number(b.number), Qt::CaseInsensitive);
         else
-        {
-            const double x = a.toDouble();
-            const double y = b.toDouble();
-            order = x < y ? -1 : (y < x ? 1 : 0);
-        }
+            order = a.number < b.number ? -1 : (b.number < a.number ? 1 : 0);
         if (order != 0)
             return order < 0;
-        return data(0, kOrderRole).toInt() < other.data(0, kOrderRole).toInt();
+        return m_order < row->m_order;
     }
+
+private:
+    struct Key
+    {
+        bool isText = false;
+        double number = 0.0;
+        QString text;
+    };
+
+    const Key& KeyOf(int column) const
+    {
+        static const Key none;
+        return size_t(column) < m_keys.size() ? m_keys[size_t(column)] : none;
+    }
+
+    std::vector<Key> m_keys;
+    int m_order = 0;
 };
 
 // Task paths lose their beginning first: the task itself matters most.
