@@ -434,7 +434,8 @@ void CMainFrame::RestorePlacement()
     // The stored rectangle is the client area (what SavePlacement writes), so it goes
     // back as one: moving the frame to the client's corner would push the window down
     // by its title bar at every start.
-    if (left != unset && top != unset)
+    // A place on a screen that is gone (a monitor unplugged) is left to the window manager.
+    if (left != unset && top != unset && QGuiApplication::screenAt(QPoint(left + 20, top + 20)) != nullptr)
         setGeometry(left, top, std::max(width, 200), std::max(height, 150));
     else
         resize(std::max(width, 200), std::max(height, 150));

@@ -83,6 +83,13 @@ void TestMainWindow::placementStaysPutOverRestarts()
     }
     QCOMPARE(f.store.GetInt("Settings", "Top", -1), 140);
     QCOMPARE(f.store.GetInt("Settings", "Height", -1), 640);
+
+    // A place on no screen keeps the size and lets the window come up where it can be seen.
+    f.store.SetInt("Settings", "Left", -5000);
+    f.store.SetInt("Settings", "Top", -5000);
+    CTestFrame lost(*f.app, f.doc, f.prompter);
+    QCOMPARE(lost.size(), QSize(900, 640));
+    QVERIFY(lost.geometry().left() > -5000);
 }
 
 void TestMainWindow::focusedEntryListRulesTheCommands()
