@@ -21,7 +21,7 @@
 #include <QApplication>
 #include <QDate>
 #include <QElapsedTimer>
-#include <QStatusBar>
+#include <QWindow>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -95,10 +95,14 @@ public:
             w.paints = 0;
         return true;
     }
-    void ResetPaints()
+    // True when every watched widget painted since the last call.
+    bool Painted()
     {
+        const bool all =
+            std::all_of(m_watched.begin(), m_watched.end(), [](const Watched& w) { return w.paints > 0; });
         for (Watched& w : m_watched)
             w.paints = 0;
+        return all;
     }
 
 private:
@@ -214,6 +218,15 @@ uint32_t MakeBusyTask(CTimeKeeperDoc& doc, size_t count)
     return busiest->m_id;
 }
 
+// Paints what the last step marked for painting, at once: left to the event loop, the
+// platform would hold the paint back for its next frame, which is no work of ours.
+void PaintNow(QWidget& window)
+{
+    QCoreApplication::sendPostedEvents();
+    QEvent request(QEvent::UpdateRequest);
+    QCoreApplication::sendEvent(window.windowHandle(), &request);
+}
+
 // The working days of the first weeks of the document, for the day switches.
 std::vector<QDate> WorkingDays(const QDate& from, int count)
 {
@@ -294,43 +307,43 @@ int main(int argc, char** argv)
             Fail("the document did not open in the window: " + prompter.last);
 
         // Another day: the lists refill, the calendar moves its selection and marks,
-        // and the window paints. The paint is asked for at once: left to the event loop,
-        // the platform would hold it back for its next frame, which is no work of ours.
+        // and the window paints what changed.
         application.Unwatch();
+        application.Watch(frame->SheetList()->List()->viewport());
         frame->TimeSheet()->SelectDate(days.front());
-        frame->repaint();
+        PaintNow(*frame);
+        application.Painted();
         for (size_t i = 1; i < days.size(); ++i)
         {
             Stopwatch watch;
             frame->TimeSheet()->SelectDate(days[i]);
-            QCoreApplication::sendPostedEvents();
-            // What a day switch changes: the calendar and the lists (the tree stays).
-            frame->TimeSheet()->repaint();
-            frame->SheetList()->repaint();
-            frame->statusBar()->repaint();
+            PaintNow(*frame);
             daySwitch.seconds.push_back(watch.Seconds());
             daySwitch.cpu.push_back(watch.CpuSeconds());
+            if (!application.Painted())
+                Fail("the entry list did not paint after a day switch");
             if (frame->SheetList()->RowCount() == 0)
                 Fail("a working day showed no entries");
         }
 
         // Task view on the task with 10,000 entries.
         frame->TaskView()->SelectTask(busyTask);
-        QCoreApplication::sendPostedEvents();
-        frame->repaint();
+        PaintNow(*frame);
+        application.Painted();
         {
             Stopwatch watch;
             frame->SetViewType(1);
-            QCoreApplication::sendPostedEvents();
-            frame->SheetList()->repaint();
-            frame->statusBar()->repaint();
+            PaintNow(*frame);
             taskView.seconds.push_back(watch.Seconds());
             taskView.cpu.push_back(watch.CpuSeconds());
+            if (!application.Painted())
+                Fail("the entry list did not paint in Task view");
         }
         if (size_t(frame->SheetList()->RowCount()) != kTaskViewEntries)
             Fail("Task view listed " + std::to_string(frame->SheetList()->RowCount()) + " rows, not " +
                  std::to_string(kTaskViewEntries));
         frame->SetViewType(0);
+        application.Unwatch();
         frame->close();
         frame.reset();
         doc.CloseHeldFile();
