@@ -54,7 +54,8 @@ public:
                 m_keys.resize(size_t(column) + 1);
             Key& key = m_keys[size_t(column)];
             key.isText = value.typeId() == QMetaType::QString;
-            key.text = key.isText ? value.toString() : QString();
+            // Folded once here, so that the many comparisons of a sort are plain ones.
+            key.text = key.isText ? value.toString().toCaseFolded() : QString();
             key.number = key.isText ? 0.0 : value.toDouble();
         }
         else if (role == kOrderRole && column == 0)
@@ -71,7 +72,9 @@ public:
         const Key& a = KeyOf(column);
         const Key& b = row->KeyOf(column);
         int order = 0;
-        if (a.isText || b.isText)
+        if (a.isText && b.isText)
+            order = a.text.compare(b.text);
+        else if (a.isText || b.isText)
             order = QString::compare(a.isText ? a.text : QString::number(a.number),
                                      b.isText ? b.text : QString::number(b.number), Qt::CaseInsensitive);
         else

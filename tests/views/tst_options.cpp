@@ -18,6 +18,7 @@
 #include "widgets/monthcalendar.h"
 
 #include <QAction>
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -690,6 +691,36 @@ void TestOptions::sheetWorksByKeyboard()
             if (qobject_cast<QListWidget*>(w))
                 named = true; // reached by Tab from the page's first field
             QVERIFY2(named, qPrintable(w->objectName()));
+        }
+    }
+
+    // Within a page, together with the sheet's own buttons, no two fields share a
+    // mnemonic: Alt and the letter must reach one field, not cycle between two.
+    auto mnemonic = [](const QString& text) {
+        const int at = text.indexOf(u'&');
+        return at >= 0 && at + 1 < text.size() ? text.at(at + 1).toLower() : QChar();
+    };
+    QStringList sheetKeys;
+    for (QAbstractButton* b : sheet.Buttons()->buttons())
+        if (!mnemonic(b->text()).isNull())
+            sheetKeys.append(mnemonic(b->text()));
+    for (int i = 0; i < sheet.Pages()->count(); ++i)
+    {
+        QStringList keys = sheetKeys;
+        QWidget* p = sheet.Pages()->widget(i);
+        QStringList texts;
+        for (QAbstractButton* b : p->findChildren<QAbstractButton*>())
+            texts.append(b->text());
+        for (QLabel* label : p->findChildren<QLabel*>())
+            if (label->buddy())
+                texts.append(label->text());
+        for (const QString& text : texts)
+        {
+            const QChar key = mnemonic(text);
+            if (key.isNull())
+                continue;
+            QVERIFY2(!keys.contains(key), qPrintable(sheet.Pages()->tabText(i) + QStringLiteral(": ") + text));
+            keys.append(key);
         }
     }
 }

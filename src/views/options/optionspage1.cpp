@@ -25,7 +25,7 @@
 
 COptionsPage1::COptionsPage1(CMainFrame& frame, QWidget* parent)
     : COptionsPage(frame, parent), m_recentCount(new QLineEdit), m_up(new QToolButton), m_down(new QToolButton),
-      m_alphabetically(new QRadioButton(tr("&Alphabetically"))), m_orderUsed(new QRadioButton(tr("Order &Used"))),
+      m_alphabetically(new QRadioButton(tr("Al&phabetically"))), m_orderUsed(new QRadioButton(tr("Order &Used"))),
       m_weekStart(new QComboBox), m_mileageRate(new QDoubleSpinBox),
       m_autoSave(new QCheckBox(tr("Automatic Sa&ve"))), m_hideWhenMinimized(new QCheckBox(tr("&Hide when Minimized")))
 {

@@ -33,7 +33,7 @@ COptionsPage7::COptionsPage7(CMainFrame& frame, QWidget* parent)
     m_taxRate->setMaximumWidth(numberWidth);
     m_nextNumber->setMaximumWidth(numberWidth);
     auto* form = new QFormLayout(this);
-    form->addRow(tr("&Address:"), m_address);
+    form->addRow(tr("A&ddress:"), m_address);
     form->addRow(tr("Default Tax &Rate (%):"), m_taxRate);
     form->addRow(tr("Default &Terms:"), m_terms);
     form->addRow(tr("&Next Number:"), m_nextNumber);
