@@ -433,8 +433,8 @@ void CMainFrame::RestorePlacement()
     const int top = m_app.GetProfileInt("Top", unset);
     // The stored rectangle is the client area (what SavePlacement writes), so it goes
     // back as one: moving the frame to the client's corner would push the window down
-    // by its title bar at every start.
-    // A place on a screen that is gone (a monitor unplugged) is left to the window manager.
+    // by its title bar at every start. A place on a screen that is gone (a monitor
+    // unplugged) is left to the window manager.
     if (left != unset && top != unset && QGuiApplication::screenAt(QPoint(left + 20, top + 20)) != nullptr)
         setGeometry(left, top, std::max(width, 200), std::max(height, 150));
     else
