@@ -15,6 +15,7 @@
 #include "views/print/printicons.h"
 #include "views/print/reportprint.h"
 #include "views/projects/projectsdlg.h"
+#include "views/options/optionssheet.h"
 #include "views/qtconvert.h"
 #include "views/qttimerui.h"
 #include "views/reports/reportcommands.h"
@@ -184,10 +185,10 @@ void CMainFrame::CreateActions()
 
     QAction* rename = make("editRename", tr("&Rename"), QKeySequence(Qt::Key_F2));
     connect(rename, &QAction::triggered, this, [this] {
-        if (m_activeView == ActiveView::list && m_sheetList->CanRename())
-            m_sheetList->RenameSelected();
-        else
+        if (m_activeView != ActiveView::list)
             m_taskView->RenameSelected();
+        else if (m_sheetList->CanRename())
+            m_sheetList->RenameSelected();
     });
     QAction* del = make("editDelete", tr("&Delete"), QKeySequence(Qt::Key_Delete));
     del->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -201,14 +202,14 @@ void CMainFrame::CreateActions()
     inactive->setCheckable(true);
     connect(inactive, &QAction::triggered, this, [this] { m_taskView->ToggleInactive(); });
     connect(make("editContact", tr("Co&ntact...")), &QAction::triggered, this, [this] {
-        if (m_activeView == ActiveView::list && m_sheetList->HasContact())
-            m_sheetList->EditContact();
-        else
+        if (m_activeView != ActiveView::list)
             m_taskView->EditContact();
+        else if (m_sheetList->HasContact())
+            m_sheetList->EditContact();
     });
     connect(make("editProperties", tr("&Properties..."), QKeySequence(Qt::ALT | Qt::Key_Return)),
             &QAction::triggered, this, [this] {
-                if (m_activeView == ActiveView::list && m_sheetList->SelectedCount() == 1)
+                if (m_activeView == ActiveView::list)
                     m_sheetList->EditProperties();
                 else
                     m_taskView->EditProperties();
@@ -250,19 +251,19 @@ void CMainFrame::CreateActions()
     connect(hide, &QAction::triggered, this, [this](bool on) { SetHideInactive(on); });
 
     connect(make("insertTimeEntry", tr("New Ti&me Entry")), &QAction::triggered, this, [this] {
-        if (m_activeView == ActiveView::list && m_sheetList->SelectedCount() == 1)
+        if (m_activeView == ActiveView::list)
             m_sheetList->NewTimeEntry(nullptr);
         else
             m_sheetList->NewTimeEntry(m_taskView->SelectedTask());
     });
     connect(make("insertExpense", tr("New &Expense Entry")), &QAction::triggered, this, [this] {
-        if (m_activeView == ActiveView::list && m_sheetList->SelectedCount() == 1)
+        if (m_activeView == ActiveView::list)
             m_sheetList->NewExpenseEntry(nullptr);
         else
             m_sheetList->NewExpenseEntry(m_taskView->SelectedTask());
     });
     connect(make("insertToDo", tr("New To D&o Entry")), &QAction::triggered, this, [this] {
-        if (m_activeView == ActiveView::list && m_sheetList->SelectedCount() == 1)
+        if (m_activeView == ActiveView::list)
             m_sheetList->NewToDoEntry(nullptr);
         else
             m_sheetList->NewToDoEntry(m_taskView->SelectedTask());
@@ -276,7 +277,7 @@ void CMainFrame::CreateActions()
     start->setIcon(icons::TimerIcon(icons::Timer::running));
     start->setStatusTip(tr("Start the timer on the current task"));
     connect(start, &QAction::triggered, this, [this] {
-        if (m_activeView == ActiveView::list && m_sheetList->SelectedCount() == 1)
+        if (m_activeView == ActiveView::list)
             m_sheetList->StartTimerOnSelected();
         else
             m_taskView->StartTimerOnSelected();
@@ -291,6 +292,12 @@ void CMainFrame::CreateActions()
     connect(pause, &QAction::triggered, this, [this] { PauseResumeTimer(); });
     connect(make("toolsContacts", tr("&Contacts...")), &QAction::triggered, this,
             [this] { m_sheetList->ShowContacts(); });
+    QAction* options = make("toolsOptions", tr("&Options..."));
+    options->setStatusTip(tr("Change the options"));
+    connect(options, &QAction::triggered, this, &CMainFrame::OnOptions);
+    QAction* exportReport = make("fileExport", tr("E&xport..."));
+    exportReport->setStatusTip(tr("Export the selected report to a file"));
+    connect(exportReport, &QAction::triggered, this, [this] { m_sheetList->ExportSelectedReport(); });
 
     connect(make("helpTip", tr("Ti&p of the Day...")), &QAction::triggered, this,
             &CMainFrame::ShowTipOfTheDay);
@@ -315,6 +322,7 @@ void CMainFrame::CreateMenus()
         m_fileMenu->addAction(Action(QString::fromLatin1(name)));
     m_fileMenu->addSeparator();
     m_fileMenu->addAction(Action(QStringLiteral("fileArchive")));
+    m_fileMenu->addAction(Action(QStringLiteral("fileExport")));
     m_recentSeparator = m_fileMenu->addSeparator();
     for (int i = 0; i < CTimeKeeperApp::kRecentFileCount; ++i)
     {
@@ -364,6 +372,7 @@ void CMainFrame::CreateMenus()
     tools->addSeparator();
     tools->addAction(Action(QStringLiteral("toolsContacts")));
     AddProjectsMenuItem(*this, tools);
+    tools->addAction(Action(QStringLiteral("toolsOptions")));
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(Action(QStringLiteral("helpTip")));
@@ -388,6 +397,7 @@ void CMainFrame::CreateToolBar()
     Action(QStringLiteral("editDelete"))->setIcon(std(QStyle::SP_TrashIcon));
     Action(QStringLiteral("editProperties"))->setIcon(std(QStyle::SP_FileDialogDetailedView));
     Action(QStringLiteral("viewGoToToday"))->setIcon(std(QStyle::SP_ArrowDown));
+    Action(QStringLiteral("fileExport"))->setIcon(std(QStyle::SP_ArrowRight));
     for (const char* name : {"fileNew", "fileOpen", "fileSave"})
     {
         QAction* a = Action(QString::fromLatin1(name));
@@ -412,6 +422,7 @@ void CMainFrame::CreateToolBar()
     bar->addAction(Action(QStringLiteral("editDelete")));
     bar->addSeparator();
     bar->addAction(Action(QStringLiteral("insertReport")));
+    bar->addAction(Action(QStringLiteral("fileExport")));
     for (QAction* a : bar->actions())
         if (QWidget* w = bar->widgetForAction(a); w && w->property("iconOnly").toBool())
             if (auto* b = qobject_cast<QToolButton*>(w))
@@ -490,18 +501,23 @@ void CMainFrame::RestorePlacement()
         available = screen->availableGeometry();
     const int width = m_app.GetProfileInt("Width", std::min(1000, available.width()));
     const int height = m_app.GetProfileInt("Height", std::min(700, available.height()));
-    resize(std::max(width, 200), std::max(height, 150));
     // Without a stored place the window manager chooses one.
     constexpr int unset = std::numeric_limits<int>::min();
     const int left = m_app.GetProfileInt("Left", unset);
     const int top = m_app.GetProfileInt("Top", unset);
-    if (left != unset && top != unset)
-        move(left, top);
+    // The stored rectangle is the client area (what SavePlacement writes), so it goes
+    // back as one: moving the frame to the client's corner would push the window down
+    // by its title bar at every start. A place on a screen that is gone (a monitor
+    // unplugged) is left to the window manager.
+    if (left != unset && top != unset && QGuiApplication::screenAt(QPoint(left + 20, top + 20)) != nullptr)
+        setGeometry(left, top, std::max(width, 200), std::max(height, 150));
+    else
+        resize(std::max(width, 200), std::max(height, 150));
 }
 
 void CMainFrame::SavePlacement()
 {
-    // The restored rectangle, also when the window is maximised or minimised.
+    // The restored client rectangle, also when the window is maximised or minimised.
     const QRect r = normalGeometry().isValid() ? normalGeometry() : geometry();
     m_app.WriteProfileInt("Top", r.top());
     m_app.WriteProfileInt("Left", r.left());
@@ -954,7 +970,9 @@ void CMainFrame::UpdateCommandStates()
     std::unique_lock lock(m_doc.GetLock());
     const bool hasTasks = m_doc.GetRootTask() != nullptr;
     const CTask* task = m_taskView->SelectedTask();
-    const bool listActive = m_activeView == ActiveView::list && ListHasSelection();
+    // A focused entry list takes the selection-bound commands even with no row
+    // selected: they act on its rows, so they are disabled then, not sent to the tree.
+    const bool listActive = m_activeView == ActiveView::list;
     const bool summary = task && task->IsProjectSummary();
 
     Action(QStringLiteral("fileSave"))->setEnabled(hasTasks);
@@ -999,6 +1017,7 @@ void CMainFrame::UpdateCommandStates()
     Action(QStringLiteral("editMoveTo"))->setEnabled(m_sheetList->CanMoveExpense());
     Action(QStringLiteral("toolsContacts"))->setEnabled(hasTasks);
     Action(QStringLiteral("insertReport"))->setEnabled(hasTasks);
+    Action(QStringLiteral("fileExport"))->setEnabled(m_sheetList->IsReportsPage() && m_sheetList->SelectedReports().size() == 1);
 
     Action(QStringLiteral("viewDate"))->setChecked(m_app.GetTaskViewType() == 0);
     Action(QStringLiteral("viewTask"))->setChecked(m_app.GetTaskViewType() != 0);
@@ -1155,4 +1174,43 @@ void CMainFrame::ShowAbout()
                           "a to-do list, and makes reports and invoices.</p>"
                           "<p>Halvery</p>")
                            .arg(QCoreApplication::applicationVersion()));
+}
+
+void CMainFrame::OnOptions()
+{
+    COptionsSheet sheet(*this, this);
+    // The timer's own editor and the notification menu stay away while the sheet is open.
+    m_doc.m_editorOpen = true;
+    const int result = sheet.exec();
+    m_doc.m_editorOpen = false;
+    if (result != QDialog::Accepted)
+        return;
+    if (m_doc.GetRootTask() != nullptr)
+        m_doc.SetModifiedFlag();
+    RebuildInsertMenu();
+    m_taskView->Rebuild();
+    m_doc.UpdateAllViews(hintAll);
+    UpdateTitle();
+}
+
+void CMainFrame::ApplyOptionChanges()
+{
+    {
+        std::lock_guard lock(m_doc.GetLock());
+        const bool fullNames = m_app.GetListType() == 1;
+        if (m_doc.m_fullTaskNames != fullNames)
+        {
+            // Siblings are kept in the order of the text that names them.
+            m_doc.m_fullTaskNames = fullNames;
+            for (const auto& [id, task] : m_doc.m_tasks)
+                m_doc.SortChildren(task.get());
+        }
+    }
+    RebuildInsertMenu();
+    m_taskView->Rebuild();
+    m_timeSheet->OnSettingsChanged();
+    m_sheetList->Refill();
+    m_timer->RefreshIcon();
+    RefreshStatus();
+    UpdateCommandStates();
 }

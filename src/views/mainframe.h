@@ -100,6 +100,12 @@ public:
     QString TimePaneTextShown() const;
     void UpdateTitle();
 
+    // Tools, "Options...": the options sheet, then the views rebuilt from what it changed.
+    void OnOptions();
+    // Shows settings just written by the options sheet: the task order and names, the
+    // Insert menu, the calendar's week, the lists' times and the status total.
+    void ApplyOptionChanges();
+
     // Rebuilds the "New <level>" items of the Insert menu from the level names.
     void RebuildInsertMenu();
     // Enables, checks and renames the commands by the current selection and state.

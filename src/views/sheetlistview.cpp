@@ -40,30 +40,67 @@ constexpr int kOrderRole = Qt::UserRole + 3;
 const char* const kSettings = "Settings";
 
 // A row that sorts by the values the list put under kSortRole: numbers as numbers,
-// texts without regard to case, ties in the order the rows were filled.
+// texts without regard to case, ties in the order the rows were filled. The keys are
+// kept beside the item's data too, since a sort of thousands of rows reads them often.
 class CSheetItem : public QTreeWidgetItem
 {
 public:
     using QTreeWidgetItem::QTreeWidgetItem;
 
+    void setData(int column, int role, const QVariant& value) override
+    {
+        if (role == CSheetListView::kSortRole && column >= 0)
+        {
+            if (size_t(column) >= m_keys.size())
+                m_keys.resize(size_t(column) + 1);
+            Key& key = m_keys[size_t(column)];
+            key.isText = value.typeId() == QMetaType::QString;
+            // Folded once here, so that the many comparisons of a sort are plain ones.
+            key.text = key.isText ? value.toString().toCaseFolded() : QString();
+            key.number = key.isText ? 0.0 : value.toDouble();
+        }
+        else if (role == kOrderRole && column == 0)
+            m_order = value.toInt();
+        QTreeWidgetItem::setData(column, role, value);
+    }
+
     bool operator<(const QTreeWidgetItem& other) const override
     {
         const int column = treeWidget() ? treeWidget()->sortColumn() : 0;
-        const QVariant a = data(column, CSheetListView::kSortRole);
-        const QVariant b = other.data(column, CSheetListView::kSortRole);
+        const auto* row = dynamic_cast<const CSheetItem*>(&other);
+        if (row == nullptr || column < 0)
+            return QTreeWidgetItem::operator<(other);
+        const Key& a = KeyOf(column);
+        const Key& b = row->KeyOf(column);
         int order = 0;
-        if (a.typeId() == QMetaType::QString || b.typeId() == QMetaType::QString)
-            order = QString::compare(a.toString(), b.toString(), Qt::CaseInsensitive);
+        if (a.isText && b.isText)
+            order = a.text.compare(b.text);
+        else if (a.isText || b.isText)
+            order = QString::compare(a.isText ? a.text : QString::number(a.number),
+                                     b.isText ? b.text : QString::number(b.number), Qt::CaseInsensitive);
         else
-        {
-            const double x = a.toDouble();
-            const double y = b.toDouble();
-            order = x < y ? -1 : (y < x ? 1 : 0);
-        }
+            order = a.number < b.number ? -1 : (b.number < a.number ? 1 : 0);
         if (order != 0)
             return order < 0;
-        return data(0, kOrderRole).toInt() < other.data(0, kOrderRole).toInt();
+        return m_order < row->m_order;
     }
+
+private:
+    struct Key
+    {
+        bool isText = false;
+        double number = 0.0;
+        QString text;
+    };
+
+    const Key& KeyOf(int column) const
+    {
+        static const Key none;
+        return size_t(column) < m_keys.size() ? m_keys[size_t(column)] : none;
+    }
+
+    std::vector<Key> m_keys;
+    int m_order = 0;
 };
 
 // Task paths lose their beginning first: the task itself matters most.
@@ -84,6 +121,23 @@ protected:
 double DateKey(const CDateTime& d)
 {
     return d.IsValid() ? d.GetValue() : std::numeric_limits<double>::max();
+}
+
+// Task view lists entries of many days: a start or end sorts by its day first, then
+// by its time of day.
+double TaskViewTimeKey(const CDateTime& date, const CTinyTime& time)
+{
+    const double day = DateKey(date);
+    return day == std::numeric_limits<double>::max() ? day : day + time.MinutesOfDay() / 1440.0;
+}
+
+// A running entry has no end yet: it sorts after every end of its day.
+double TaskViewEndKey(const CDateTime& date, const CTimeEntry& entry)
+{
+    if (!entry.IsRunning())
+        return TaskViewTimeKey(date, entry.m_end);
+    const double day = DateKey(date);
+    return day == std::numeric_limits<double>::max() ? day : day + 1440.5 / 1440.0;
 }
 
 // The day a date belongs to, at midnight.
@@ -399,16 +453,19 @@ void CSheetListView::ApplySort()
 
 QTreeWidgetItem* CSheetListView::AddRow(const QStringList& texts, const QList<QVariant>& sortValues, void* record)
 {
-    auto* item = new CSheetItem(m_list, texts);
+    // Built outside the list and added with the others once the page is filled: an
+    // item in the list reports every change of its data to the views.
+    auto* item = new CSheetItem(texts);
+    const QTreeWidgetItem* header = m_list->headerItem();
     for (int i = 0; i < texts.size(); ++i)
     {
         item->setData(i, kSortRole, sortValues.value(i, texts[i]));
-        const QString title = m_list->headerItem()->text(i);
-        if (title == tr("Amount") || title == tr("Elapsed"))
+        if (header->textAlignment(i) & Qt::AlignRight)
             item->setTextAlignment(i, Qt::AlignRight | Qt::AlignVCenter);
     }
     item->setData(0, kRecordRole, QVariant::fromValue(quintptr(record)));
-    item->setData(0, kOrderRole, m_list->topLevelItemCount());
+    item->setData(0, kOrderRole, int(m_pendingRows.size()));
+    m_pendingRows.append(item);
     m_shown.push_back(record);
     return item;
 }
@@ -456,6 +513,8 @@ void CSheetListView::Refill()
             break;
         }
     }
+    m_list->addTopLevelItems(m_pendingRows);
+    m_pendingRows.clear();
     ApplySort();
     // The rows selected before stay selected while they are still listed.
     for (int i = 0; i < m_list->topLevelItemCount(); ++i)
@@ -495,7 +554,7 @@ void CSheetListView::FillTime()
             const CDateTime date = day ? day->GetDate() : CDateTime();
             item = AddRow({ToQ(app.FormatShortDate(date)), ToQ(e->m_note), start, end, elapsedText},
                           {DateKey(date) + e->m_start.MinutesOfDay() / 1440.0, ToQ(e->m_note),
-                           e->m_start.MinutesOfDay(), e->IsRunning() ? 100000 : e->m_end.MinutesOfDay(),
+                           TaskViewTimeKey(date, e->m_start), TaskViewEndKey(date, *e),
                            double(elapsed.TotalMinutes())},
                           e);
         }

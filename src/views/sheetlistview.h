@@ -181,6 +181,8 @@ private:
     int m_builtPage = -1;
     int m_builtView = -1;
     std::vector<void*> m_shown;
+    // Rows made by a fill, added to the list together when it ends.
+    QList<QTreeWidgetItem*> m_pendingRows;
     bool m_filling = false;
     bool m_editing = false;
     bool m_refillAfterEdit = false;

@@ -234,7 +234,8 @@ void CTimeSheetView::SelectDate(const QDate& date)
 {
     if (!date.isValid() || date < kFirstDay || date > kLastDay)
         return;
-    const bool changed = date != SelectedQDate();
+    const QDate previous = SelectedQDate();
+    const bool changed = date != previous;
     m_selected = FromQDate(date, 12, 0);
     const QDate before = m_firstMonth;
     KeepSelectionVisible();
@@ -242,7 +243,15 @@ void CTimeSheetView::SelectDate(const QDate& date)
         ShowMonths();
     else
         for (CMonthCalendar* panel : m_panels)
-            panel->SetSelectedDate(date);
+        {
+            // A panel marks the selected day only in its own month, so only the panels of
+            // the old and the new day change; the others are not painted again.
+            const auto shows = [panel](const QDate& d) {
+                return d.year() == panel->Grid()->Year() && d.month() == panel->Grid()->Month();
+            };
+            if (!changed || shows(date) || shows(previous))
+                panel->SetSelectedDate(date);
+        }
     if (!changed)
         return;
     if (m_frame.App().GetTaskViewType() == 0)
@@ -284,6 +293,11 @@ void CTimeSheetView::OnDocumentReplaced()
 {
     m_tray->Show();
     RefreshMarks();
+}
+
+void CTimeSheetView::OnSettingsChanged()
+{
+    ShowMonths();
 }
 
 void CTimeSheetView::FillContextMenu(QMenu& menu)

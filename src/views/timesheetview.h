@@ -57,6 +57,8 @@ public:
     // Days holding entries are marked in the panels.
     void RefreshMarks();
     void OnDocumentReplaced();
+    // Shows the months again after the first day of the week changed.
+    void OnSettingsChanged();
     void FillContextMenu(QMenu& menu);
 
 protected:

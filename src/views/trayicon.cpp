@@ -102,7 +102,8 @@ void CTrayIcon::BuildMenu()
         const int p = position;
         connect(item, &QAction::triggered, &m_frame, [this, p] { m_frame.StartRecentTask(p); });
     }
-    start->setEnabled(!start->isEmpty());
+    // Always offered, also when no task was timed yet (then it is empty).
+    start->setEnabled(true);
 
     if (running)
     {

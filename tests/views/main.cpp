@@ -7,6 +7,8 @@ int RunMainFrameTests(int argc, char** argv);
 int RunEntryListTests(int argc, char** argv);
 int RunWidgetTests(int argc, char** argv);
 int RunReportWizardTests(int argc, char** argv);
+int RunOptionsTests(int argc, char** argv);
+int RunMainWindowTests(int argc, char** argv);
 
 // One program for the suites of the views; the first argument names the suite, the
 // rest go to Qt Test (a test function name, -v2, ...).
@@ -24,6 +26,8 @@ int main(int argc, char** argv)
         {"entrylists", RunEntryListTests},
         {"widgets", RunWidgetTests},
         {"reportwizard", RunReportWizardTests},
+        {"options", RunOptionsTests},
+        {"mainwindow", RunMainWindowTests},
     };
     std::vector<char*> args(argv, argv + argc);
     const char* wanted = argc > 1 ? argv[1] : nullptr;

@@ -9,6 +9,7 @@
 #include "platform/settingsstore.h"
 #include "views/entrysheets.h"
 #include "views/mainframe.h"
+#include "views/options/optionssheet.h"
 #include "views/qtconvert.h"
 #include "views/qtprompter.h"
 #include "views/reports/reportproperties.h"
@@ -20,6 +21,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDate>
+#include <QTabWidget>
 #include <QTimer>
 #include <QCheckBox>
 #include <QComboBox>
@@ -197,6 +199,15 @@ int main(int argc, char** argv)
                 editor = sheet;
                 break;
             }
+    }
+    else if (scene.startsWith(QLatin1String("options-")))
+    {
+        // One scene per page: options-general, options-task-levels, ... options-invoice.
+        auto* sheet = new COptionsSheet(frame, &frame);
+        for (int i = 0; i < sheet->Pages()->count(); ++i)
+            if (QStringLiteral("options-") + sheet->Pages()->tabText(i).toLower().replace(u' ', u'-') == scene)
+                sheet->Pages()->setCurrentIndex(i);
+        editor = sheet;
     }
     if (editor)
     {
