@@ -108,7 +108,7 @@ TEST_F(DocumentHostTest, ReadsSeeTheOpenDocumentAndChangesAreSaved)
     // The command runs on the open document with the host's clock, and saves it.
     o = Host({"start", Path("doc.qvx"), "Acme"});
     ASSERT_EQ(o.status, 0) << o.err;
-    EXPECT_EQ(o.out, "Started Acme at 9:00 AM\n");
+    EXPECT_EQ(o.out, "Started Acme at 9:00 AM; activity: none; note: none\n");
     EXPECT_TRUE(m_timer->IsRunning());
     const Json saved = DumpJson("doc.qvx");
     EXPECT_TRUE(HasTask(saved, "Unsaved"));

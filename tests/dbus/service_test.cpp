@@ -89,7 +89,7 @@ TEST_F(DocumentServiceTest, TimerStateFollowsTheCommands)
     QSignalSpy changed(m_service.get(), &CDocumentService::TimerChanged);
     QByteArray out, err;
     ASSERT_EQ(Run({"start", "doc.qvx", "Acme/Website"}, out, err), 0) << err.toStdString();
-    EXPECT_EQ(out, QByteArray("Started Acme/Website at 9:00 AM\n"));
+    EXPECT_EQ(out, QByteArray("Started Acme/Website at 9:00 AM; activity: none; note: none\n"));
     EXPECT_TRUE(err.isEmpty());
     EXPECT_EQ(m_afterRuns, 1);
     ASSERT_EQ(changed.count(), 1);
