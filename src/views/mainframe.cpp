@@ -960,11 +960,6 @@ void CMainFrame::RebuildInsertMenu()
     UpdateCommandStates();
 }
 
-bool CMainFrame::ListHasSelection() const
-{
-    return m_sheetList->SelectedCount() > 0;
-}
-
 void CMainFrame::UpdateCommandStates()
 {
     std::unique_lock lock(m_doc.GetLock());

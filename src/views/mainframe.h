@@ -178,8 +178,6 @@ private:
     void ShowTipOfTheDay();
     void ShowAbout();
     void ShowManual();
-    // The view that takes the Edit menu's commands now.
-    bool ListHasSelection() const;
 
     CTimeKeeperApp& m_app;
     CTimeKeeperDoc& m_doc;
