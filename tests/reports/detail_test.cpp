@@ -40,7 +40,7 @@ protected:
     void ExpectGolden(CReport* report, const std::string& caseName)
     {
         for (const Format& f : kFormats)
-            EXPECT_TRUE(SameBytes(ReadExpected(caseName, f.file), Export(report, f.code)))
+            EXPECT_TRUE(MatchesExpected(caseName, f.file, Export(report, f.code)))
                 << caseName << "/" << f.file;
     }
 };
