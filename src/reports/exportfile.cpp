@@ -45,8 +45,15 @@ bool CExportFile::Flush()
 
 std::string CellForm::Quoted(std::string_view value) const
 {
-    std::string s = quote;
+    std::string s;
     s.reserve(value.size() + 2);
+    AppendQuoted(s, value);
+    return s;
+}
+
+void CellForm::AppendQuoted(std::string& s, std::string_view value) const
+{
+    s += quote;
     for (char c : value)
     {
         if (quote.empty() && (c == '\t' || c == '\r' || c == '\n'))
@@ -59,7 +66,6 @@ std::string CellForm::Quoted(std::string_view value) const
         }
     }
     s += quote;
-    return s;
 }
 
 std::string CellForm::Plain(std::string_view value) const

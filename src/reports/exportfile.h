@@ -58,6 +58,8 @@ struct CellForm
 
     // quote, the value, quote.
     std::string Quoted(std::string_view value) const;
+    // The same appended to `out`, for the export's inner loops.
+    void AppendQuoted(std::string& out, std::string_view value) const;
     // The value as it is, unless it must be quoted (or, for tabs, cleaned) to stay one cell.
     std::string Plain(std::string_view value) const;
 };

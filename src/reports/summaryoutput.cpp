@@ -608,7 +608,7 @@ void CSummaryOutput::ExportRows(CExportFile& file, int format)
             for (const std::string& value : values)
             {
                 line += sep;
-                line += form.Quoted(value);
+                form.AppendQuoted(line, value);
             }
             line += row.end;
             file.WriteString(line);
