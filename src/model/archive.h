@@ -121,6 +121,8 @@ public:
     uint32_t ReadVersion(const char* record, uint32_t lowest, uint32_t highest);
 
     uint64_t GetOffset() const { return m_pos; }
+    // Loading: goes back to an offset read before, to try another form of a record.
+    void Rewind(uint64_t offset) { m_pos = offset <= m_size ? size_t(offset) : m_size; }
     size_t GetSize() const { return m_size; }
     bool AtEnd() const { return m_pos >= m_size; }
     // Bytes not read yet.

@@ -1,5 +1,7 @@
 #include "model/reportdef.h"
 
+#include <optional>
+
 namespace
 {
 constexpr uint32_t kVersion = 11;
@@ -55,6 +57,56 @@ void WriteFont(CArchive& ar, const ReportFont& f)
     ar.WriteU8(f.quality);
     ar.WriteU8(f.pitchAndFamily);
     ar.WriteString(f.faceName);
+}
+
+// What follows "selected tasks only" in a detail definition. Files exist with and
+// without the further 32-bit member before the orientation, for every detail kind.
+struct DetailTail
+{
+    uint32_t reserved = 0;
+    uint32_t orientation = 0;
+    ReportFont font;
+    std::vector<uint32_t> tasks;
+    std::vector<uint32_t> activities;
+    std::vector<uint32_t> expenseTypes;
+    std::vector<uint32_t> paymentMethods;
+};
+
+DetailTail ReadDetailTail(CArchive& ar, uint32_t kind, bool withReserved)
+{
+    DetailTail tail;
+    if (withReserved)
+        tail.reserved = ar.ReadU32();
+    tail.orientation = ar.ReadU32();
+    ReadFont(ar, tail.font);
+    tail.tasks = ar.ReadIdArray();
+    if (kind == CReport::timeDetail)
+        tail.activities = ar.ReadIdArray();
+    else if (kind == CReport::expenseDetail)
+    {
+        tail.expenseTypes = ar.ReadIdArray();
+        tail.paymentMethods = ar.ReadIdArray();
+    }
+    return tail;
+}
+
+// Read one member off, the orientation and the font take values no definition holds.
+bool IsSane(const DetailTail& tail)
+{
+    const ReportFont& f = tail.font;
+    auto within = [](int32_t v, int32_t low, int32_t high) { return v >= low && v <= high; };
+    if (tail.orientation > 2 || !within(f.height, -10000, 10000) || !within(f.width, 0, 10000) ||
+        !within(f.escapement, -3600, 3600) || !within(f.orientation, -3600, 3600) ||
+        !within(f.weight, 0, 1000) || f.italic > 1 || f.underline > 1 || f.strikeOut > 1 ||
+        f.faceName.size() > 96)
+        return false;
+    for (char c : f.faceName)
+        if (static_cast<unsigned char>(c) < 0x20)
+            return false;
+    for (uint32_t id : tail.tasks)
+        if (id == 0)
+            return false;
+    return true;
 }
 
 } // namespace
@@ -206,14 +258,14 @@ void CReport::Serialize(CArchive& ar)
     }
     m_includeBillable = ar.ReadU32() != 0;
     m_includeNonBillable = ar.ReadU32() != 0;
+    if (version >= 9 && detail)
+    {
+        m_selectedTasksOnly = ar.ReadU32() != 0;
+        ReadDetailMembers(ar);
+        return;
+    }
     if (version >= 9)
     {
-        if (detail)
-        {
-            m_selectedTasksOnly = ar.ReadU32() != 0;
-            if (m_kind == timeDetail)
-                m_detailReserved = ar.ReadU32();
-        }
         if (isInvoice)
         {
             m_recipient = ar.ReadString();
@@ -247,4 +299,62 @@ void CReport::Serialize(CArchive& ar)
     }
     // From here on it is a definition of its kind like any other.
     m_baseLayout = false;
+}
+
+void CReport::ReadDetailMembers(CArchive& ar)
+{
+    const bool writesReserved = m_kind == timeDetail;
+    auto apply = [this](const DetailTail& tail, bool withReserved) {
+        // Only Time Detail writes the member back.
+        m_detailReserved = withReserved && m_kind == timeDetail ? tail.reserved : 0;
+        m_orientation = tail.orientation;
+        m_font = tail.font;
+        m_selectedTasks = tail.tasks;
+        if (m_kind == timeDetail)
+            m_selectedActivities = tail.activities;
+        if (m_kind == expenseDetail)
+        {
+            m_selectedExpenseTypes = tail.expenseTypes;
+            m_selectedPaymentMethods = tail.paymentMethods;
+        }
+        m_baseLayout = false;
+    };
+
+    // The form this kind writes is tried first; the other form wins when only it
+    // reads as a sane definition. A definition is never a reason to refuse a file:
+    // when neither reads sanely, the first form that reads at all is taken.
+    const uint64_t start = ar.GetOffset();
+    std::optional<ArchiveError> firstError;
+    std::optional<DetailTail> first;
+    try
+    {
+        first = ReadDetailTail(ar, m_kind, writesReserved);
+        if (IsSane(*first))
+        {
+            apply(*first, writesReserved);
+            return;
+        }
+    }
+    catch (const ArchiveError& e)
+    {
+        firstError = e;
+    }
+    const uint64_t firstEnd = ar.GetOffset();
+    ar.Rewind(start);
+    try
+    {
+        const DetailTail second = ReadDetailTail(ar, m_kind, !writesReserved);
+        if (IsSane(second) || !first)
+        {
+            apply(second, !writesReserved);
+            return;
+        }
+    }
+    catch (const ArchiveError&)
+    {
+        if (!first)
+            throw *firstError;
+    }
+    ar.Rewind(firstEnd);
+    apply(*first, writesReserved);
 }

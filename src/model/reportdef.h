@@ -141,6 +141,10 @@ public:
     int32_t m_invoiceNumber = 0;
 
 private:
+    // Reads a detail definition's members after "selected tasks only", in either of
+    // the two forms that files hold.
+    void ReadDetailMembers(CArchive& ar);
+
     // Read as the base class alone (class name "CReport"): only the common members are
     // stored; once read it takes the kind it stores.
     bool m_baseLayout = false;

@@ -13,35 +13,42 @@ void CTask::Serialize(CArchive& ar)
         // The transient fields mean nothing outside one session.
         m_transient1 = 0;
         m_transient2 = 0;
+        // The root has nothing to inherit from: its own values are the ones that
+        // count, and this layout keeps them only with the flags off. An older file
+        // may have set them on the root; it is written with them off.
+        const bool root = m_id == kRootId;
+        const bool useParentBilling = m_useParentBilling && !root;
+        const bool useParentTaskId = m_useParentTaskId && !root;
+        const bool useParentContact = m_useParentContact && !root;
         ar.WriteU32(kVersion);
         ar.WriteU32(m_id);
         ar.WriteU32(m_parentId);
         ar.WriteString(m_name);
         ar.WriteU16(m_level);
         ar.WriteString(m_abbreviation);
-        ar.WriteU32(m_useParentBilling);
-        ar.WriteU32(m_useParentTaskId);
+        ar.WriteU32(useParentBilling);
+        ar.WriteU32(useParentTaskId);
         ar.WriteU32(m_expanded);
         ar.WriteU32(m_transient2);
         ar.WriteU32(m_transient1);
         ar.WriteString(m_lastNote);
         ar.WriteU32(m_lastActivityId);
         ar.WriteU32(m_inactive);
-        ar.WriteU32(m_useParentContact);
+        ar.WriteU32(useParentContact);
         ar.WriteU32(m_projectId);
         ar.WriteF64(m_hoursEstimate);
         ar.WriteF64(m_costEstimate);
         ar.WriteString(m_notes);
-        if (!m_useParentTaskId)
+        if (!useParentTaskId)
             ar.WriteString(m_taskId);
-        if (!m_useParentBilling)
+        if (!useParentBilling)
         {
             ar.WriteU32(m_billable);
             ar.WriteF64(m_regularRate);
             ar.WriteU32(m_useActivityRates);
             ar.WriteF32(m_overtimeMultiplier);
         }
-        if (!m_useParentContact)
+        if (!useParentContact)
             ar.WriteU32(m_contactId);
         if (m_projectId != 0)
         {
@@ -96,15 +103,9 @@ void CTask::Serialize(CArchive& ar)
             m_lastActivityId = 0;
         if (m_parentId == m_id)
             m_parentId = 0;
-        // What an inheriting task stored here means nothing and is not kept by the
-        // current layout: take the defaults, as a read of that layout would.
-        if (m_useParentBilling)
-        {
-            m_billable = true;
-            m_regularRate = 0.0;
-        }
-        if (m_useParentTaskId)
-            m_taskId.clear();
+        // These layouts stored billing and task ID for every task, whatever its flags:
+        // keep them as read. The walk up the tree ends at the root, whose own values
+        // then count even with its flags set.
         return;
     }
 

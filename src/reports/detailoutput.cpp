@@ -171,7 +171,7 @@ void CDetailOutput::WriteHtmlHeading(CExportFile& file, int columns, const std::
 {
     file.WriteString("<TR>");
     file.WriteString("<TD ALIGN=LEFT COLSPAN=" + std::to_string(columns) + ">");
-    file.WriteString(heading);
+    file.WriteString(HtmlEscape(heading));
     file.WriteString("</TD>");
     file.WriteString("</TR>");
 }
@@ -182,7 +182,7 @@ void CDetailOutput::WriteHtmlSpanRow(CExportFile& file, int leading, int columns
     for (int i = 0; i < leading; ++i)
         file.WriteString("<TD>&nbsp</TD>");
     file.WriteString("<TD COLSPAN=" + std::to_string(columns - leading) + ">");
-    file.WriteString(text);
+    file.WriteString(HtmlEscape(text));
     file.WriteString("</TD>");
     file.WriteString("</TR>");
     file.WriteString("\n");
@@ -211,7 +211,7 @@ void CDetailOutput::WriteHtmlTableStart(CExportFile& file, const std::vector<std
 void CDetailOutput::WriteHtmlCell(CExportFile& file, const char* open, const std::string& value)
 {
     file.WriteString(open);
-    file.WriteString(HtmlValue(value));
+    file.WriteString(HtmlValue(HtmlEscape(value)));
     file.WriteString("</TD>");
 }
 

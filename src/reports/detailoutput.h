@@ -123,7 +123,8 @@ protected:
     static void WriteHtmlHeading(CExportFile& file, int columns, const std::string& heading);
     static void WriteHtmlSpanRow(CExportFile& file, int leading, int columns, const std::string& text);
     static void WriteHtmlSpacer(CExportFile& file, int columns);
-    // One cell: the opening tag, the value (empty as the HTML empty cell), the end tag.
+    // One cell: the opening tag, the value escaped (empty as the HTML empty cell), the end tag.
+    // Headings, span rows and cells take plain text; the subtotal and total values are markup.
     static void WriteHtmlCell(CExportFile& file, const char* open, const std::string& value);
     // A group's subtotal row and, after the spacer, the TOTAL row: `span` columns
     // before the right-aligned values.

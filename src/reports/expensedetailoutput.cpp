@@ -24,13 +24,13 @@ bool IsMileage(const CExpenseEntry& entry)
 std::string CExpenseDetailOutput::ExpenseTypeName(const CExpenseEntry& entry) const
 {
     const CExpenseType* type = m_doc.GetExpenseType(entry.m_expenseTypeId);
-    return type ? type->m_name : std::string();
+    return type ? type->m_name : std::string("**Unassigned**");
 }
 
 std::string CExpenseDetailOutput::PaymentMethodName(const CExpenseEntry& entry) const
 {
     const CPaymentMethod* method = m_doc.GetPaymentMethod(entry.m_paymentMethodId);
-    return method ? method->m_name : std::string();
+    return method ? method->m_name : std::string("**Unassigned**");
 }
 
 std::string CExpenseDetailOutput::DistanceText(const CExpenseEntry& entry) const

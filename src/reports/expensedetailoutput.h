@@ -35,6 +35,7 @@ protected:
 
 private:
     int HtmlColumns() const;
+    // The record's name, or "**Unassigned**" when the id resolves to nothing.
     std::string ExpenseTypeName(const CExpenseEntry& entry) const;
     std::string PaymentMethodName(const CExpenseEntry& entry) const;
     // The distance and the rate per distance unit of a mileage expense, as plain

@@ -43,6 +43,59 @@ bool CExportFile::Flush()
     return !m_failed;
 }
 
+std::string CellForm::Quoted(std::string_view value) const
+{
+    std::string s;
+    s.reserve(value.size() + 2);
+    AppendQuoted(s, value);
+    return s;
+}
+
+void CellForm::AppendQuoted(std::string& s, std::string_view value) const
+{
+    s += quote;
+    for (char c : value)
+    {
+        if (quote.empty() && (c == '\t' || c == '\r' || c == '\n'))
+            s += ' ';
+        else
+        {
+            if (!quote.empty() && c == quote[0])
+                s += c;
+            s += c;
+        }
+    }
+    s += quote;
+}
+
+std::string CellForm::Plain(std::string_view value) const
+{
+    if (quote.empty())
+        return Quoted(value);
+    for (char c : value)
+        if (c == quote[0] || c == '\r' || c == '\n' || separator.find(c) != std::string::npos)
+            return Quoted(value);
+    return std::string(value);
+}
+
+std::string HtmlEscape(std::string_view text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text)
+    {
+        switch (c)
+        {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+    return out;
+}
+
 CellForm MakeCellForm(int format, char listSeparator)
 {
     if (format == formatTab)

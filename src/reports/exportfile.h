@@ -46,20 +46,26 @@ private:
 
 // How a delimited export separates and quotes its cells: the comma-delimited
 // format uses the locale's list separator and double quotes, the tab-delimited
-// format a tab and no quote. Values are written unchanged, without escaping.
+// format a tab and no quote. Any reader must get back the cells that were meant,
+// whatever the user typed into them: in the comma-delimited format a quote inside a
+// quoted value is doubled, and a value written without quotes is quoted when it
+// holds the separator, a quote or a line break; the tab-delimited format has no
+// way to quote, so a tab or line break inside a value becomes a space.
 struct CellForm
 {
     std::string separator;
     std::string quote;
 
-    std::string Quoted(std::string_view value) const
-    {
-        std::string s = quote;
-        s += value;
-        s += quote;
-        return s;
-    }
+    // quote, the value, quote.
+    std::string Quoted(std::string_view value) const;
+    // The same appended to `out`, for the export's inner loops.
+    void AppendQuoted(std::string& out, std::string_view value) const;
+    // The value as it is, unless it must be quoted (or, for tabs, cleaned) to stay one cell.
+    std::string Plain(std::string_view value) const;
 };
+
+// Text from the user's data inside HTML: & < > and " written as entities.
+std::string HtmlEscape(std::string_view text);
 
 CellForm MakeCellForm(int format, char listSeparator);
 

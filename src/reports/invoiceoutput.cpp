@@ -6,6 +6,7 @@
 #include "platform/prompter.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <unordered_set>
 
@@ -42,6 +43,15 @@ std::vector<std::string> SplitLines(const std::string& text)
 }
 } // namespace
 
+double RoundToCents(double amount)
+{
+    // Amounts reach here as sums and products of binary fractions: 2.675 may be
+    // 2.67499999... A nudge far below a cent lets such a half round away from zero.
+    const double cents = amount * 100.0;
+    const double nudge = std::max(1e-9, std::abs(cents) * 1e-12);
+    return std::round(cents + std::copysign(nudge, cents)) / 100.0;
+}
+
 std::string NumberInvoice(CReport& report, CTimeKeeperDoc& doc, CTimeKeeperApp& app,
                           platform::Prompter& prompter)
 {
@@ -74,7 +84,7 @@ bool CInvoiceOutput::PrepareReportData()
     std::snprintf(text, sizeof text, "%d", m_report.m_invoiceNumber);
     m_numberText = text;
     BuildItems();
-    m_taxAmount = m_report.m_addTax ? m_report.m_taxRate / 100.0 * TotalItem().billing : 0.0;
+    m_taxAmount = m_report.m_addTax ? RoundToCents(m_report.m_taxRate / 100.0 * TotalItem().billing) : 0.0;
     return true;
 }
 
@@ -91,7 +101,7 @@ double CInvoiceOutput::GetAmountDue() const
 {
     if (m_items.empty())
         return 0.0;
-    return TotalItem().billing + TotalItem().expenses + m_taxAmount;
+    return RoundToCents(TotalItem().billing + TotalItem().expenses + m_taxAmount);
 }
 
 void CInvoiceOutput::BuildItems()
@@ -114,13 +124,15 @@ void CInvoiceOutput::BuildItems()
             item.date = date;
             item.task = row.m_task ? row.m_task->m_id : 0;
             item.group = key < 0 ? static_cast<int32_t>(key) : 0;
-            item.expenses = row.m_amountCells[p];
+            // Each line is rounded to cents as printed; the total adds up the
+            // rounded lines, so that the invoice adds up to the cent.
+            item.expenses = RoundToCents(row.m_amountCells[p]);
             item.rate = row.m_periodRates[p];
-            item.billing = row.m_costCells[p];
+            item.billing = RoundToCents(row.m_costCells[p]);
             item.time = row.m_timeCells[p];
             total.time += item.time;
-            total.billing += item.billing;
-            total.expenses += item.expenses;
+            total.billing = RoundToCents(total.billing + item.billing);
+            total.expenses = RoundToCents(total.expenses + item.expenses);
 
             const size_t at = lines.size();
             lines.push_back(item);
@@ -271,20 +283,22 @@ void CInvoiceOutput::HtmlHead(CExportFile& file)
     CReportOutput::HtmlHead(file);
     file.WriteString("<H4>");
     file.WriteString("Date: " + m_app.FormatShortDate(m_app.Today()));
+    if (m_report.m_invoiceNumber != 0)
+        file.WriteString("<BR>Invoice: " + HtmlEscape(m_numberText));
     file.WriteString("<BR><BR>");
     for (const std::string& line : AddressLines())
-        file.WriteString(line + "<BR>");
+        file.WriteString(HtmlEscape(line) + "<BR>");
     const std::vector<std::string> recipient = RecipientLines();
     if (!recipient.empty())
     {
         file.WriteString("<BR>");
         for (const std::string& line : recipient)
-            file.WriteString(line + "<BR>");
+            file.WriteString(HtmlEscape(line) + "<BR>");
     }
     file.WriteString("<BR>");
     file.WriteString("Due: " + m_app.FormatCurrency(GetAmountDue()));
     if (m_report.m_showTerms)
-        file.WriteString("Terms: " + m_report.m_terms);
+        file.WriteString("<BR>Terms: " + HtmlEscape(m_report.m_terms));
     file.WriteString("</H4>");
 }
 
@@ -326,7 +340,7 @@ void CInvoiceOutput::HtmlTable(CExportFile& file)
             file.WriteString("</TR>");
             file.WriteString("\n");
         }
-        std::string description = ItemDescription(item);
+        std::string description = HtmlEscape(ItemDescription(item));
         if (!item.IsTotal() && item.group == 0)
         {
             std::string indent;
@@ -337,7 +351,7 @@ void CInvoiceOutput::HtmlTable(CExportFile& file)
         file.WriteString("<TR>");
         cell("<TD NOWRAP>", item.IsTotal() ? std::string() : m_app.FormatShortDate(item.date));
         if (Shown(kTaskId))
-            cell("<TD NOWRAP>", ItemTaskIdText(item));
+            cell("<TD NOWRAP>", HtmlEscape(ItemTaskIdText(item)));
         cell("<TD NOWRAP>", description);
         if (Shown(kRate))
             cell("<TD ALIGN=RIGHT NOWRAP>", ItemRate(item, Use::html));

@@ -31,6 +31,9 @@ struct CInvoiceItem
     bool IsTotal() const { return task == 0 && group == 0; }
 };
 
+// An amount rounded to cents, an exact half away from zero.
+double RoundToCents(double amount);
+
 // Numbers an invoice before it is printed: with "use next number", the next number
 // of the "InvoiceNumber" setting (asking 41037 first when the invoice already has a
 // number) and the setting moves on; the document is marked modified. With "use

@@ -225,11 +225,15 @@ void CReportOutput::HtmlHead(CExportFile& file)
     file.WriteString("<HEAD>");
     file.WriteString("<meta name=\"GENERATOR\" content=\"Halvery Quorvane Time & Expense 1.30\">");
     file.WriteString("\n");
-    file.WriteString("<TITLE> " + m_report.m_name + "</TITLE>");
+    // The texts are UTF-8; a browser must not guess another encoding.
+    file.WriteString("<META HTTP-EQUIV=\"Content-Type\" CONTENT=\"text/html; charset=UTF-8\">");
+    file.WriteString("\n");
+    const std::string name = HtmlEscape(m_report.m_name);
+    file.WriteString("<TITLE> " + name + "</TITLE>");
     file.WriteString("\n");
     file.WriteString("</HEAD><BODY>");
     file.WriteString("\n");
-    file.WriteString("<H2>" + m_report.m_name + "</H2><BR>");
+    file.WriteString("<H2>" + name + "</H2><BR>");
 }
 
 void CReportOutput::HtmlTable(CExportFile& file)

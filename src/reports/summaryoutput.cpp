@@ -86,7 +86,6 @@ void CSummaryOutput::ReleaseReportData()
     m_taskIdNames.clear();
     m_selected.clear();
     m_unassignedKey = 0;
-    m_selectedRowKey = -1;
 }
 
 bool CSummaryOutput::IsCovered(const CTask* task) const
@@ -137,7 +136,6 @@ void CSummaryOutput::AddSelectedTaskRow()
     const CTask* first = m_selected.front();
     CreateRow(first->m_id, first);
     m_order.push_back(first->m_id);
-    m_selectedRowKey = first->m_id;
 }
 
 void CSummaryOutput::BuildCatalogRows()
@@ -209,7 +207,8 @@ void CSummaryOutput::BuildTaskIdRows()
     for (const auto& [lower, representative] : groups)
     {
         const int64_t key = -(++index);
-        CreateRow(key, representative);
+        // A text row stands for every task with its text: it has no task of its own.
+        CreateRow(key, nullptr);
         m_groupNames[key] = representative->m_name;
         m_textKeys[lower] = key;
         m_taskIdTexts.push_back(representative->GetEffectiveTaskId());
@@ -266,8 +265,6 @@ void CSummaryOutput::Gather()
             m_taskRows[static_cast<size_t>(key)] = row.get();
     const auto total = m_rows.find(kTotalKey);
     m_totalRow = ShowTotals() && total != m_rows.end() ? total->second.get() : nullptr;
-    const auto head = m_rows.find(m_selectedRowKey);
-    m_headRow = IsGrouping() && head != m_rows.end() ? head->second.get() : nullptr;
 
     const size_t count = m_periods.size() - (m_hasTotalPeriod ? 1 : 0);
     size_t period = 0;
@@ -283,7 +280,6 @@ void CSummaryOutput::Gather()
     m_taskInclusion.clear();
     m_taskRows.clear();
     m_totalRow = nullptr;
-    m_headRow = nullptr;
 }
 
 bool CSummaryOutput::BillingFilterActive() const
@@ -353,16 +349,10 @@ const std::vector<CSummaryOutput::Target>& CSummaryOutput::FindTargets(const CTa
         const auto it = m_rows.find(groupKey);
         if (it != m_rows.end())
         {
+            // The first selected task's row heads the grouping rows but takes no
+            // entries: it stays empty.
             m_targets.push_back(Target{it->second.get(), true});
             it->second->m_empty = false;
-            // The first selected task's row heads the grouping rows: with rollup
-            // it counts all of them.
-            if (m_headRow)
-            {
-                if (Rollup())
-                    m_targets.push_back(Target{m_headRow, true});
-                m_headRow->m_empty = false;
-            }
         }
     }
     else
@@ -459,6 +449,11 @@ std::string CSummaryOutput::RowName(int64_t key) const
     return it == m_groupNames.end() ? std::string("**Unassigned**") : it->second;
 }
 
+bool CSummaryOutput::IsTaskIdTextRow(int64_t key) const
+{
+    return m_report.m_summarizeLevel == CReport::groupTaskId && key < 0 && key != m_unassignedKey;
+}
+
 std::string CSummaryOutput::RowTaskIdText(int64_t key) const
 {
     if (key > 0)
@@ -466,7 +461,7 @@ std::string CSummaryOutput::RowTaskIdText(int64_t key) const
         const CTask* task = RowTask(key);
         return task ? task->GetEffectiveTaskId() : std::string();
     }
-    if (m_report.m_summarizeLevel == CReport::groupTaskId && key < 0 && key != m_unassignedKey)
+    if (IsTaskIdTextRow(key))
     {
         const size_t index = static_cast<size_t>(-key - 1);
         if (index < m_taskIdTexts.size())
@@ -523,13 +518,13 @@ std::string CSummaryOutput::HtmlRowName(int64_t key) const
     if (key == kTotalKey)
         return "TOTAL";
     if (key < 0)
-        return "&nbsp&nbsp " + RowName(key);
+        return "&nbsp&nbsp " + HtmlEscape(RowName(key));
     std::string name;
     const CTask* task = RowTask(key);
     const int steps = task ? task->GetDepth() - m_topDepth : 0;
     for (int i = 0; i < steps; ++i)
         name += "&nbsp&nbsp";
-    return name + " " + RowName(key);
+    return name + " " + HtmlEscape(RowName(key));
 }
 
 void CSummaryOutput::ExportHead(CExportFile& file, int format)
@@ -578,17 +573,17 @@ void CSummaryOutput::ExportRows(CExportFile& file, int format)
         const CTask* task = row.m_task;
         RowText text{&row, std::string(), std::string()};
         if (Shown(kTaskId))
-            text.middle += (task ? form.Quoted(RowTaskIdText(key)) : std::string()) + sep;
+            text.middle += (task || IsTaskIdTextRow(key) ? form.Quoted(RowTaskIdText(key)) : std::string()) + sep;
         text.middle += (task ? std::to_string(task->m_id) : std::string()) + sep;
         text.middle += form.Quoted(RowName(key));
         if (withRate)
-            text.middle += sep + (task ? RateText(row, TextUse::exportText) : std::string());
+            text.middle += sep + (task ? form.Plain(RateText(row, TextUse::exportText)) : std::string());
         if (Shown(kEstimates))
         {
             const std::vector<std::string> texts =
                 task ? EstimateTexts(*task, TextUse::exportText) : std::vector<std::string>(estimates);
             for (const std::string& t : texts)
-                text.middle += sep + t;
+                text.middle += sep + form.Plain(t);
         }
         text.end = sep;
         if (task && task->m_parent)
@@ -603,7 +598,7 @@ void CSummaryOutput::ExportRows(CExportFile& file, int format)
     {
         if (m_periods[p].IsTotal())
             continue;
-        const std::string date = m_app.FormatShortDate(m_periods[p].GetEnd()) + sep;
+        const std::string date = form.Plain(m_app.FormatShortDate(m_periods[p].GetEnd())) + sep;
         for (const RowText& row : rows)
         {
             line.assign(root);
@@ -613,9 +608,7 @@ void CSummaryOutput::ExportRows(CExportFile& file, int format)
             for (const std::string& value : values)
             {
                 line += sep;
-                line += form.quote;
-                line += value;
-                line += form.quote;
+                form.AppendQuoted(line, value);
             }
             line += row.end;
             file.WriteString(line);
@@ -660,16 +653,17 @@ void CSummaryOutput::HtmlTable(CExportFile& file)
         const CTask* task = row.m_task;
         file.WriteString("<TR>");
         if (Shown(kTaskId))
-            file.WriteString("<TD NOWRAP>" + Nbsp(RowTaskIdText(key)) + "</TD>");
+            file.WriteString("<TD NOWRAP>" + Nbsp(HtmlEscape(RowTaskIdText(key))) + "</TD>");
         file.WriteString("<TD NOWRAP>" + HtmlRowName(key) + "</TD>");
+        const std::string valueCell = HtmlValueCell();
         if (withRate)
-            file.WriteString("<TD NOWRAP>" + Nbsp(task ? RateText(row, TextUse::html) : std::string()) + "</TD>");
+            file.WriteString(valueCell + Nbsp(task ? RateText(row, TextUse::html) : std::string()) + "</TD>");
         if (Shown(kEstimates))
         {
             const std::vector<std::string> texts =
                 task ? EstimateTexts(*task, TextUse::html) : std::vector<std::string>(estimates);
             for (const std::string& text : texts)
-                file.WriteString("<TD NOWRAP>" + Nbsp(text) + "</TD>");
+                file.WriteString(valueCell + Nbsp(text) + "</TD>");
         }
         cells.clear();
         for (size_t p = 0; p < m_periods.size(); ++p)

@@ -56,6 +56,8 @@ public:
     std::string RowName(int64_t key) const;
     // The task ID text of a task row or of a task ID text row.
     std::string RowTaskIdText(int64_t key) const;
+    // A row of the task ID grouping that stands for one text (it has no task).
+    bool IsTaskIdTextRow(int64_t key) const;
     int GetTopDepth() const { return m_topDepth; }
     // The task ID texts of the task ID grouping and their rows' names, in row order.
     const std::vector<std::string>& TaskIdTexts() const { return m_taskIdTexts; }
@@ -92,6 +94,8 @@ protected:
     // Export titles of the estimate columns, and the estimates of a task.
     virtual std::vector<std::string> EstimateTitles() const { return {"Estimate"}; }
     virtual std::vector<std::string> EstimateTexts(const CTask& task, TextUse use) const;
+    // The opening tag of the HTML rate and estimate cells.
+    virtual std::string HtmlValueCell() const { return "<TD NOWRAP>"; }
     // The HTML header row(s), after the table start.
     virtual void WriteHtmlHeaderRows(CExportFile& file);
     virtual bool Rollup() const { return m_report.m_rollup; }
@@ -158,7 +162,6 @@ private:
     std::vector<int8_t> m_taskInclusion;
     std::vector<CSummaryRow*> m_taskRows;
     CSummaryRow* m_totalRow = nullptr;
-    CSummaryRow* m_headRow = nullptr;
     std::vector<Target> m_targets;
     std::unordered_map<int64_t, std::string> m_groupNames;
     std::unordered_map<std::string, int64_t> m_textKeys; // lower-case task ID text to row key
@@ -166,7 +169,6 @@ private:
     std::vector<std::string> m_taskIdNames;
     std::vector<const CTask*> m_selected;
     int64_t m_unassignedKey = 0;
-    int64_t m_selectedRowKey = -1; // the first selected task's row of a grouping report
     int m_topDepth = 0;
 
     // Print layout.

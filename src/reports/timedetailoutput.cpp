@@ -20,7 +20,7 @@ constexpr uint32_t kBillingAmount = 0x1000000;
 std::string CTimeDetailOutput::ActivityName(uint32_t id) const
 {
     const CActivity* activity = m_doc.GetActivity(id);
-    return activity ? activity->m_name : std::string();
+    return activity ? activity->m_name : std::string("**Unassigned**");
 }
 
 void CTimeDetailOutput::ClearTotals()

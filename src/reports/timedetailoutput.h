@@ -40,6 +40,7 @@ private:
     // Column count and leading count of the HTML table.
     int HtmlColumns() const;
     int HtmlLeading() const;
+    // The activity's name, or "**Unassigned**" when the id resolves to nothing.
     std::string ActivityName(uint32_t id) const;
 
     std::map<std::string, CTinyElapsedTime> m_timeTotals;

@@ -57,6 +57,8 @@ void CTimeExpenseSummaryOutput::GetCellTexts(const CSummaryRow& row, size_t peri
             texts[0] = "0";
         texts[1] = m_app.FormatNumber(amount);
     }
+    else if (use == TextUse::html)
+        texts[1] = m_app.FormatCurrency(amount); // zero included
     else
         texts[1] = amount == 0.0 ? std::string() : m_app.FormatCurrency(amount);
 }
@@ -71,8 +73,9 @@ std::string CTimeExpenseSummaryOutput::RateText(const CSummaryRow& row, TextUse 
 
 std::vector<std::string> CTimeExpenseSummaryOutput::EstimateTexts(const CTask& task, TextUse use) const
 {
+    // The exports write the cost estimate as a plain number, the page as money.
     std::string cost;
-    if (use == TextUse::exportText)
+    if (use != TextUse::print)
         cost = m_app.FormatNumber(task.m_costEstimate);
     else if (task.m_costEstimate != 0.0)
         cost = m_app.FormatCurrency(task.m_costEstimate);

@@ -24,6 +24,8 @@ protected:
     std::vector<std::string> EstimateTitles() const override { return {"TimeEstimate", "CostEstimate"}; }
     std::vector<std::string> EstimateTexts(const CTask& task, TextUse use) const override;
     void WriteHtmlHeaderRows(CExportFile& file) override;
+    // Every value after the name is right-aligned in the HTML.
+    std::string HtmlValueCell() const override { return "<TD ALIGN=RIGHT>"; }
 };
 
 } // namespace reports

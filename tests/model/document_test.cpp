@@ -33,6 +33,20 @@ std::vector<uint32_t> ChildIds(const CTask* task)
         ids.push_back(c->m_id);
     return ids;
 }
+
+// What every task counts with after inheritance, one line per task.
+std::string EffectiveValues(const CTimeKeeperDoc& doc)
+{
+    std::string out;
+    for (const auto& [id, t] : doc.m_tasks)
+        out += std::to_string(id) + " billable=" + std::to_string(t->GetEffectiveBillable()) +
+               " rate=" + std::to_string(t->GetEffectiveRate()) +
+               " uar=" + std::to_string(t->GetEffectiveUseActivityRates()) +
+               " otm=" + std::to_string(t->GetEffectiveOvertimeMultiplier()) +
+               " taskId=" + t->GetEffectiveTaskId() + " contact=" + std::to_string(t->GetEffectiveContactId()) +
+               "\n";
+    return out;
+}
 } // namespace
 
 TEST(NewDocument, Defaults)
@@ -279,9 +293,55 @@ TEST(DocumentFile, Version8IsConverted)
     ASSERT_EQ(doc->m_todoList.size(), 1u);
     EXPECT_EQ(doc->m_todoList[0]->m_taskId, 1u);
 
-    // Saved in the current layout and read back unchanged.
+    // Saved in the current layout: what counts is unchanged, and a second save
+    // changes nothing more.
     auto again = qvtest::RoundTrip(*doc);
-    EXPECT_EQ(qvtest::Dump(*again), qvtest::Dump(*doc));
+    EXPECT_EQ(EffectiveValues(*again), EffectiveValues(*doc));
+    auto third = qvtest::RoundTrip(*again);
+    EXPECT_EQ(qvtest::Dump(*third), qvtest::Dump(*again));
+}
+
+TEST(DocumentFile, OldRootWithInheritingFlagsKeepsItsValues)
+{
+    // Older layouts stored billing and task ID for every task; a root with its
+    // use-parent flags set still counts with its own values, and so do the tasks
+    // that inherit up to it.
+    for (uint32_t version : {5u, 6u, 7u, 8u})
+    {
+        StreamBuilder b;
+        oldlayout::DocumentHead(b, version, 3, 3, 0);
+        oldlayout::TaskWithFlags(b, version, 1, 0, "Pat", 0, false, 80.0, true, "EMP", true);
+        oldlayout::TaskWithFlags(b, version, 2, 1, "Client", 1, true, 12.0, true, "stale", true);
+        oldlayout::TaskWithFlags(b, version, 3, 2, "Job", 2, true, 95.0, false, "J-3", false);
+        b.F64(0.0).F64(0.0);
+        b.U32(0).U32(0).U32(0).U32(0).U32(0);
+        if (version >= 6)
+            b.U32(0);
+
+        LoadResult r;
+        auto doc = qvtest::Load(b.Data(), &r);
+        ASSERT_EQ(r.status, LoadResult::loaded) << version << ": " << r.error;
+        const CTask* root = doc->GetRootTask();
+        const CTask* client = doc->GetTask(2);
+        EXPECT_TRUE(root->m_useParentBilling && root->m_useParentTaskId) << "flags stay as read";
+        EXPECT_DOUBLE_EQ(root->m_regularRate, 80.0) << version;
+        EXPECT_FALSE(root->GetEffectiveBillable());
+        EXPECT_DOUBLE_EQ(client->GetEffectiveRate(), 80.0) << version;
+        EXPECT_FALSE(client->GetEffectiveBillable());
+        EXPECT_EQ(client->GetEffectiveTaskId(), "EMP");
+        EXPECT_DOUBLE_EQ(client->m_regularRate, 12.0) << "kept as read";
+        EXPECT_EQ(client->m_taskId, "stale");
+        EXPECT_DOUBLE_EQ(doc->GetTask(3)->GetEffectiveRate(), 95.0);
+
+        auto converted = qvtest::RoundTrip(*doc);
+        EXPECT_EQ(EffectiveValues(*converted), EffectiveValues(*doc)) << version;
+        const CTask* savedRoot = converted->GetRootTask();
+        EXPECT_FALSE(savedRoot->m_useParentBilling || savedRoot->m_useParentTaskId ||
+                     savedRoot->m_useParentContact)
+            << "the root is written with its own values";
+        EXPECT_DOUBLE_EQ(savedRoot->m_regularRate, 80.0);
+        EXPECT_EQ(savedRoot->m_taskId, "EMP");
+    }
 }
 
 TEST(DocumentFile, Version5HasNoToDoList)

@@ -40,6 +40,22 @@ inline void Task(StreamBuilder& b, uint32_t version, uint32_t id, uint32_t paren
     b.U32(7).U32(9).Text("last note").U32(lastActivity);
 }
 
+// A task of versions 5 to 8 with the billing, task ID and flags given: these layouts
+// store the values whatever the flags say.
+inline void TaskWithFlags(StreamBuilder& b, uint32_t version, uint32_t id, uint32_t parentId,
+                          const std::string& name, uint32_t level, bool billable, double rate,
+                          bool useParentBilling, const std::string& taskId, bool useParentTaskId)
+{
+    b.Object("CTask").U32(version).U32(id).U32(parentId).Text(name).U32(level).Text("");
+    b.U32(billable);
+    if (version >= 7)
+        b.F64(rate);
+    else
+        b.F32(float(rate));
+    b.U32(useParentBilling).Text(taskId).U32(useParentTaskId).U32(0);
+    b.U32(0).U32(0).Text("").U32(0);
+}
+
 // A task of versions 9 to 11 that inherits billing, task ID and contact and has no project.
 inline void InheritingTask(StreamBuilder& b, uint32_t version, uint32_t id, uint32_t parentId,
                            const std::string& name, uint16_t level)

@@ -3,6 +3,7 @@
 #include "model/project.h"
 #include "model/reportdef.h"
 #include "model/task.h"
+#include "model/timekeeperdoc.h"
 #include "oldlayouts.h"
 
 #include <gtest/gtest.h>
@@ -399,6 +400,101 @@ TEST(ReportRecord, InvoiceStoredOrder)
     EXPECT_EQ(bytes[recipientAt + 5], 6);
     EXPECT_EQ(std::string(bytes.begin() + long(recipientAt) + 6, bytes.begin() + long(recipientAt) + 12),
               "Net 30");
+}
+
+namespace
+{
+// A version 11 detail definition body, with or without the further 32-bit member
+// after "selected tasks only".
+void DetailDefinition(StreamBuilder& b, CReport::Kind kind, const std::string& name, bool withReserved,
+                      uint32_t reserved, uint32_t orientation, int32_t height, uint32_t weight)
+{
+    b.Object(CReport::ClassNameOf(kind)).U32(11).U32(4).U32(kind).Text(name);
+    b.NullDate().NullDate().U32(2).U32(0x1011).U32(1).U32(1).U32(0).U32(1);
+    if (withReserved)
+        b.U32(reserved);
+    b.U32(orientation).U32(uint32_t(height)).U32(0).U32(0).U32(0).U32(weight);
+    b.U8(0).U8(0).U8(0).U8(1).U8(2).U8(1).U8(0).U8(0).Text("Tahoma");
+    b.IdArray({3, 5});
+    if (kind == CReport::timeDetail)
+        b.IdArray({2});
+    else if (kind == CReport::expenseDetail)
+        b.IdArray({6, 7}).IdArray({0});
+}
+} // namespace
+
+TEST(ReportRecord, DetailDefinitionsLoadWithOrWithoutTheFurtherMember)
+{
+    struct Variant
+    {
+        uint32_t reserved;
+        uint32_t orientation;
+        int32_t height;
+        uint32_t weight;
+    };
+    const Variant variants[] = {{0, 0, -90, 400}, {7, 2, 0, 700}, {2, 1, -120, 400}, {0, 0, 0, 0}};
+    for (CReport::Kind kind : {CReport::timeDetail, CReport::expenseDetail, CReport::todoDetail})
+        for (const Variant& v : variants)
+        {
+            SCOPED_TRACE(std::string(CReport::ClassNameOf(kind)) + " reserved " + std::to_string(v.reserved) +
+                         " height " + std::to_string(v.height) + " weight " + std::to_string(v.weight));
+            // Both forms in one stream: each must end where the next record begins.
+            StreamBuilder b;
+            DetailDefinition(b, kind, "with", true, v.reserved, v.orientation, v.height, v.weight);
+            DetailDefinition(b, kind, "without", false, 0, v.orientation, v.height, v.weight);
+            CArchive ar(b.Data().data(), b.Size(), &CTimeKeeperDoc::CreateRecord);
+            std::unique_ptr<CReport> with = ar.ReadObjectOf<CReport>(CReport::ClassNameOf(kind));
+            std::unique_ptr<CReport> without = ar.ReadObjectOf<CReport>(CReport::ClassNameOf(kind));
+            EXPECT_TRUE(ar.AtEnd());
+            ASSERT_TRUE(with && without);
+            for (CReport* r : {with.get(), without.get()})
+            {
+                EXPECT_TRUE(r->m_selectedTasksOnly);
+                EXPECT_EQ(r->m_orientation, v.orientation) << r->m_name;
+                EXPECT_EQ(r->m_font.height, v.height) << r->m_name;
+                EXPECT_EQ(r->m_font.weight, int32_t(v.weight)) << r->m_name;
+                EXPECT_EQ(r->m_font.faceName, "Tahoma") << r->m_name;
+                EXPECT_EQ(r->m_selectedTasks, (std::vector<uint32_t>{3, 5})) << r->m_name;
+                if (kind == CReport::timeDetail)
+                {
+                    EXPECT_EQ(r->m_selectedActivities, (std::vector<uint32_t>{2}));
+                }
+                if (kind == CReport::expenseDetail)
+                {
+                    EXPECT_EQ(r->m_selectedExpenseTypes, (std::vector<uint32_t>{6, 7}));
+                    EXPECT_EQ(r->m_selectedPaymentMethods, (std::vector<uint32_t>{0}));
+                }
+            }
+            if (kind == CReport::timeDetail)
+            {
+                EXPECT_EQ(with->m_detailReserved, v.reserved);
+            }
+
+            // Saved in the form this kind writes, and read back the same.
+            for (CReport* r : {with.get(), without.get()})
+            {
+                auto back = Reread(*r);
+                EXPECT_EQ(back->m_orientation, r->m_orientation);
+                EXPECT_EQ(back->m_font.faceName, "Tahoma");
+                EXPECT_EQ(back->m_selectedTasks, r->m_selectedTasks);
+                EXPECT_EQ(back->m_selectedExpenseTypes, r->m_selectedExpenseTypes);
+                EXPECT_EQ(back->m_detailReserved, r->m_detailReserved);
+            }
+        }
+}
+
+TEST(ReportRecord, OddDetailDefinitionStillLoads)
+{
+    // Neither form reads as a sane definition: the one the kind writes is taken.
+    for (CReport::Kind kind : {CReport::timeDetail, CReport::expenseDetail, CReport::todoDetail})
+    {
+        StreamBuilder b;
+        DetailDefinition(b, kind, "odd", kind == CReport::timeDetail, 1, 9, -90, 400);
+        auto report = ReadOne<CReport>(b, CReport::ClassNameOf(kind));
+        ASSERT_TRUE(report) << CReport::ClassNameOf(kind);
+        EXPECT_EQ(report->m_orientation, 9u);
+        EXPECT_EQ(report->m_font.faceName, "Tahoma");
+    }
 }
 
 TEST(ReportRecord, Version8HasOldDatesAndNoFont)

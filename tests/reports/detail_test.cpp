@@ -40,7 +40,7 @@ protected:
     void ExpectGolden(CReport* report, const std::string& caseName)
     {
         for (const Format& f : kFormats)
-            EXPECT_TRUE(SameBytes(ReadExpected(caseName, f.file), Export(report, f.code)))
+            EXPECT_TRUE(MatchesExpected(caseName, f.file, Export(report, f.code)))
                 << caseName << "/" << f.file;
     }
 };
@@ -230,4 +230,30 @@ TEST_F(DetailReportTest, ExportOfAKindWithoutExportSaysSo)
     EXPECT_EQ(prompter.Messages(), std::vector<std::string>{"Export Unavailable"});
     const std::string html = reports::ExportReport(*report, m_doc, *m_app, formatHtml, &prompter);
     EXPECT_NE(html.find("<H2>Odd</H2><BR><H2>Export Unavailable</H2></BODY></HTML>"), std::string::npos) << html;
+}
+
+TEST_F(DetailReportTest, IdsThatResolveToNothingShowAsUnassigned)
+{
+    // An expense type and a payment method deleted after the entry was made, and an
+    // activity that never existed.
+    AddExpense(Date(2024, 3, 4), m_website, 10.0, 4242, 4343);
+    AddTime(Date(2024, 3, 4), m_website, 9, 0, 10, 0, 4444);
+    CReport* expenses = AddReport(CReport::expenseDetail, "E", m_root, Date(2024, 3, 4), Date(2024, 3, 4),
+                                  0x1000 | 0x10000);
+    CReport* times = AddReport(CReport::timeDetail, "T", m_root, Date(2024, 3, 4), Date(2024, 3, 4), 0x10000);
+
+    const std::string html = Export(expenses, formatHtml);
+    EXPECT_NE(html.find("<TD NOWRAP>**Unassigned**</TD><TD NOWRAP>**Unassigned**</TD>"), std::string::npos)
+        << html;
+    EXPECT_NE(Export(expenses, formatCsv).find("\"**Unassigned**\",\"**Unassigned**\","), std::string::npos);
+    const auto pages = reports::RenderTextPages(*expenses, m_doc, *m_app);
+    ASSERT_EQ(pages.size(), 1u);
+    size_t found = 0;
+    for (const std::string& line : pages[0])
+        for (size_t at = line.find("**Unassigned**"); at != std::string::npos;
+             at = line.find("**Unassigned**", at + 1))
+            ++found;
+    EXPECT_EQ(found, 2u) << "Type and Method on the page";
+
+    EXPECT_NE(Export(times, formatHtml).find("<TD NOWRAP>**Unassigned**</TD>"), std::string::npos);
 }

@@ -207,3 +207,21 @@ TEST_F(FrameTest, ExportToFileWritesWholeFilesOnly)
     EXPECT_FALSE(std::filesystem::exists(missing));
     std::filesystem::remove_all(dir);
 }
+
+TEST(CellForm, ValuesStayOneCellInEveryDelimitedFormat)
+{
+    const reports::CellForm csv = reports::MakeCellForm(reports::formatCsv, ';');
+    EXPECT_EQ(csv.Quoted("say \"hi\""), "\"say \"\"hi\"\"\"");
+    EXPECT_EQ(csv.Quoted("a;b\r\nc\td"), "\"a;b\r\nc\td\"") << "quoted: separators and breaks stay";
+    EXPECT_EQ(csv.Plain("1,5"), "1,5") << "not this locale's separator";
+    EXPECT_EQ(csv.Plain("1;5"), "\"1;5\"");
+    EXPECT_EQ(csv.Plain("2\"x"), "\"2\"\"x\"");
+    EXPECT_EQ(csv.Plain("a\nb"), "\"a\nb\"");
+    EXPECT_EQ(csv.Plain(""), "");
+
+    const reports::CellForm tab = reports::MakeCellForm(reports::formatTab, ',');
+    EXPECT_EQ(tab.Quoted("a\tb\r\nc \"d\""), "a b  c \"d\"");
+    EXPECT_EQ(tab.Plain("x\ty"), "x y");
+
+    EXPECT_EQ(reports::HtmlEscape("<a href=\"x\">&amp;</a>"), "&lt;a href=&quot;x&quot;&gt;&amp;amp;&lt;/a&gt;");
+}

@@ -171,3 +171,76 @@ TEST_F(InvoiceTest, PrintedHeaderBlockAndColumns)
     EXPECT_FALSE(PageHas(total[0], "Ending"));
     EXPECT_FALSE(PageHas(total[0], "Tax"));
 }
+
+TEST_F(InvoiceTest, LinesTaxAndDueAddUpToTheCent)
+{
+    // 0:20 at $10.01 costs 3.3366..., half an hour at $10.01 5.005: each line shows
+    // its figure rounded, and the total, the tax and the amount due add up those.
+    CTask* job = AddTask(m_globex, "Job");
+    SetBilling(job, 10.01);
+    CTask* other = AddTask(m_globex, "Other");
+    SetBilling(other, 10.01);
+    AddTime(Date(2024, 3, 18), job, 9, 0, 9, 20);
+    AddTime(Date(2024, 3, 18), other, 9, 0, 9, 30);
+    AddExpense(Date(2024, 3, 18), job, 2.675, 8, 1);
+    AddExpense(Date(2024, 3, 18), other, 0.125, 8, 1);
+    CReport* report = Invoice("Cents", m_globex, Date(2024, 3, 18), Date(2024, 3, 18), 2, CReport::frameTotal, 0x10);
+    report->m_addTax = true;
+    report->m_taxRate = 8.25;
+
+    reports::CInvoiceOutput output(*report, m_doc, *m_app);
+    output.PrepareData();
+    double billing = 0.0, expenses = 0.0;
+    std::vector<double> lineBillings;
+    for (const reports::CInvoiceItem& item : output.Items())
+        if (!item.IsTotal())
+        {
+            lineBillings.push_back(item.billing);
+            billing += item.billing;
+            expenses += item.expenses;
+        }
+    EXPECT_EQ(lineBillings, (std::vector<double>{0.0, 3.34, 5.01})) << "Globex heading, Job, Other";
+    EXPECT_DOUBLE_EQ(output.Items().back().billing, 8.35);
+    EXPECT_DOUBLE_EQ(output.Items().back().billing, billing);
+    EXPECT_DOUBLE_EQ(output.Items().back().expenses, 2.81) << "2.68 + 0.13, each half away from zero";
+    EXPECT_DOUBLE_EQ(output.Items().back().expenses, expenses);
+    EXPECT_DOUBLE_EQ(output.GetTaxAmount(), 0.69);
+    EXPECT_DOUBLE_EQ(output.GetAmountDue(), 11.85);
+
+    // Every format shows the same rounded figures.
+    const std::string csv = Export(report, reports::formatCsv);
+    EXPECT_NE(csv.find("\"TOTAL\",\"\",\"0:50\",\"8.35\",\"2.81\""), std::string::npos) << csv;
+    const std::string html = Export(report, reports::formatHtml);
+    EXPECT_NE(html.find("Due: $11.85"), std::string::npos) << html;
+    EXPECT_NE(html.find("<TD ALIGN=RIGHT>$0.69</TD>"), std::string::npos) << html;
+    const auto pages = reports::RenderTextPages(*report, m_doc, *m_app);
+    ASSERT_FALSE(pages.empty());
+    EXPECT_TRUE(PageHas(pages[0], "$3.34"));
+    EXPECT_TRUE(PageHas(pages[0], "$11.85"));
+}
+
+TEST(RoundToCents, HalvesGoAwayFromZero)
+{
+    EXPECT_DOUBLE_EQ(reports::RoundToCents(2.675), 2.68);
+    EXPECT_DOUBLE_EQ(reports::RoundToCents(-2.675), -2.68);
+    EXPECT_DOUBLE_EQ(reports::RoundToCents(1.005), 1.01);
+    EXPECT_DOUBLE_EQ(reports::RoundToCents(0.125), 0.13);
+    EXPECT_DOUBLE_EQ(reports::RoundToCents(0.00499), 0.0);
+    EXPECT_DOUBLE_EQ(reports::RoundToCents(1234567.894), 1234567.89);
+    EXPECT_DOUBLE_EQ(reports::RoundToCents(10.01 * 20 / 60), 3.34);
+}
+
+TEST_F(InvoiceTest, HtmlHeaderShowsTheNumberAfterTheDateOnlyWhenThereIsOne)
+{
+    CReport* report = Invoice("N", m_acme, m_first, m_last, 2, CReport::frameTotal, 0);
+    report->m_showTerms = true;
+    report->m_terms = "Net 15";
+    report->m_numberMode = 1;
+    report->m_invoiceNumber = 0;
+    std::string html = Export(report, reports::formatHtml);
+    EXPECT_EQ(html.find("Invoice: "), std::string::npos) << html;
+    EXPECT_NE(html.find("<BR>Terms: Net 15</H4>"), std::string::npos) << html;
+    report->m_invoiceNumber = 57;
+    html = Export(report, reports::formatHtml);
+    EXPECT_NE(html.find("<H4>Date: 03/20/2024<BR>Invoice: 57<BR><BR>Pat Doe<BR>"), std::string::npos) << html;
+}

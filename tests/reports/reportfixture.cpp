@@ -2,6 +2,7 @@
 
 #include "reports/reportrunner.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -126,6 +127,18 @@ std::string ReportTest::ReadExpected(const std::string& caseName, const std::str
     std::ostringstream bytes;
     bytes << in.rdbuf();
     return bytes.str();
+}
+
+::testing::AssertionResult ReportTest::MatchesExpected(const std::string& caseName,
+                                                      const std::string& fileName, const std::string& actual)
+{
+    const std::string expected = ReadExpected(caseName, fileName);
+    if (expected != actual && std::getenv("QV_WRITE_EXPECTED"))
+    {
+        std::ofstream out(std::string(QV_TEST_DATA_DIR) + "/" + caseName + "/" + fileName, std::ios::binary);
+        out << actual;
+    }
+    return SameBytes(expected, actual);
 }
 
 ::testing::AssertionResult ReportTest::SameBytes(const std::string& expected, const std::string& actual)

@@ -45,6 +45,10 @@ protected:
     std::string Export(CReport* report, int format);
     // The expected file of a golden case, as bytes.
     static std::string ReadExpected(const std::string& caseName, const std::string& fileName);
+    // The export against the case's expected file. With QV_WRITE_EXPECTED set in the
+    // environment a differing file is rewritten (review the change before committing).
+    static ::testing::AssertionResult MatchesExpected(const std::string& caseName, const std::string& fileName,
+                                                      const std::string& actual);
     // Compares byte for byte and says where the first difference is.
     static ::testing::AssertionResult SameBytes(const std::string& expected, const std::string& actual);
 

@@ -172,7 +172,7 @@ TEST_F(SummaryReportTest, PrintedTableOfATaskIdSummary)
         Dashes(7, 36),
         Cols({{9, "Task"}, {31, "Total"}}),
         Dashes(7, 36),
-        Cols({{8, "AC"}, {15, "Acme"}}),
+        // The first selected task's row takes no entries: empty, it is left out.
         Cols({{8, "AC"}, {17, "Acme"}, {32, "1:15"}}),
         Cols({{8, "AC-WEB"}, {17, "Website"}, {32, "2:30"}}),
         Cols({{15, "TOTAL"}, {32, "3:45"}}),
@@ -284,4 +284,51 @@ TEST_F(SummaryReportTest, FiltersOfTheSummaryKinds)
     EXPECT_NE(Export(time, reports::formatTab).find("Acme\t30.00\t"), std::string::npos);
     time->m_includeBillable = false;
     EXPECT_NE(Export(time, reports::formatTab).find("Acme\t0.00\t"), std::string::npos);
+}
+
+TEST_F(SummaryReportTest, GroupingsLeaveTheFirstSelectedTaskRowEmpty)
+{
+    // Every grouping, with rollup on and empty rows shown: the row of the first
+    // selected task stays, with nothing in it.
+    struct Grouping
+    {
+        CReport::Kind kind;
+        int32_t level;
+    };
+    const Grouping groupings[] = {{CReport::timeSummary, CReport::groupActivity},
+                                  {CReport::timeSummary, CReport::groupTaskId},
+                                  {CReport::expenseSummary, CReport::groupExpenseType},
+                                  {CReport::expenseSummary, CReport::groupPaymentMethod},
+                                  {CReport::billingSummary, CReport::groupActivity},
+                                  {CReport::timeExpenseSummary, CReport::groupTaskId}};
+    for (const Grouping& g : groupings)
+    {
+        SCOPED_TRACE(std::to_string(g.kind) + " " + std::to_string(g.level));
+        CReport* report = Summary(g.kind, "G", m_acme, m_first, m_last, g.level, CReport::frameTotal, 0x1111,
+                                  true, true, true);
+        const std::string csv = Export(report, reports::formatCsv);
+        // The first data line is Acme's, and every value in it is zero.
+        const size_t start = csv.find("\r\n") + 2;
+        const std::string line = csv.substr(start, csv.find("\r\n", start) - start);
+        EXPECT_NE(line.find(",2,\"Acme\""), std::string::npos) << line;
+        EXPECT_TRUE(line.find("\"0\"") != std::string::npos || line.find("\"0.00\"") != std::string::npos) << line;
+        for (const char* value : {"1:15", "2:30", "3:45", "66.00", "432.50", "498.50", "55.00", "135.00"})
+            EXPECT_EQ(line.find(value), std::string::npos) << value << " in " << line;
+    }
+}
+
+TEST_F(SummaryReportTest, TaskIdTextRowsHaveNoTask)
+{
+    CReport* report = Summary(CReport::timeSummary, "I", m_root, m_first, m_last, CReport::groupTaskId,
+                              CReport::frameTotal, 0x111, false, false);
+    m_website->m_hoursEstimate = 90;
+    const std::string tab = Export(report, reports::formatTab);
+    // Task ID text, no internal id, the representative's name, no rate or
+    // estimate, the time, no parent id.
+    EXPECT_NE(tab.find("\tAC-WEB\t\tWebsite\t\t\t2:30\t\r\n"), std::string::npos) << tab;
+    const std::string html = Export(report, reports::formatHtml);
+    EXPECT_NE(html.find("<TD NOWRAP>AC-WEB</TD><TD NOWRAP>&nbsp&nbsp Website</TD><TD NOWRAP>&nbsp</TD>"
+                        "<TD NOWRAP>&nbsp</TD>"),
+              std::string::npos)
+        << html;
 }
