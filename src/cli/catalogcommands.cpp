@@ -53,7 +53,7 @@ int ActivityAdd(Context& ctx)
     CommandSession s(ctx, args.At(0, "FILE"), CommandSession::Mode::change);
     CActivity* a = s.Doc().AddActivity(NonEmptyName(args, 1));
     if (auto r = args.Option("rate"))
-        a->m_rate = ParseDouble(*r, "--rate");
+        a->m_rate = ParseNonNegative(*r, "--rate");
     s.Save();
     std::cout << "Added activity #" << a->m_id << " '" << a->m_name << "'\n";
     return 0;

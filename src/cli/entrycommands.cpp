@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "cli/commandsession.h"
 #include "cli/entrytable.h"
+#include "model/amountlimits.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 
@@ -323,14 +324,16 @@ int ExpenseAdd(Context& ctx)
         if (!distance)
             throw UsageError("'" + type->m_name +
                              "' is the mileage type: --distance N is required");
-        const int miles = ParseInt(*distance, "--distance");
+        const int miles = ParseDistance(*distance, "--distance");
         if (miles < 0)
             throw UsageError("--distance must not be negative");
         float rate = doc.m_defaultMileageRate;
         if (auto r = args.Option("rate"))
-            rate = float(ParseDouble(*r, "--rate"));
+            rate = float(ParseNonNegative(*r, "--rate"));
         e->m_distance = float(miles);
         e->m_amount = CExpenseEntry::MileageAmount(miles, rate);
+        if (!IsStorableAmount(e->m_amount))
+            throw UsageError("--distance times --rate must stay below one trillion");
     }
     else
     {
@@ -552,7 +555,9 @@ void RegisterEntryCommands(CommandTable& table)
         {"expense add",
          "FILE TASK --date DATE (--amount X | --distance N [--rate R]) --type NAME [--method NAME] "
          "[--billable yes|no] [--number N] [--note TEXT]",
-         "add an expense entry (the mileage type takes a distance)", ExpenseAdd});
+         "add an expense entry (the mileage type takes a distance; a negative --amount is a "
+         "refund)",
+         ExpenseAdd});
     table.Add({"expense rm", "FILE --date DATE N...", "delete expense entries",
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::expense); }});
     table.Add({"expense move", "FILE --date DATE N (--to DATE | --task TASK)",

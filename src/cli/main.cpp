@@ -1,10 +1,13 @@
 // qvx: the command line over Quorvane Time & Expense documents.
 
+#include "cli/checkedoutput.h"
 #include "cli/commands.h"
 
 #include "model/archive.h"
+#include "platform/sharedfile.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <iostream>
 #include <sstream>
@@ -43,12 +46,24 @@ const Command* CommandTable::Find(const std::vector<std::string>& argv, size_t& 
 
 namespace
 {
+const char kNumbersNote[] =
+    "Amounts, rates, estimates and multipliers are decimal numbers such as 12.50 (no exponent,\n"
+    "no thousands separator), below one trillion. An expense --amount may be negative (a refund\n"
+    "or credit); rates, estimates, distances and multipliers may not.\n";
+// Longer than the desktop program's wait: many commands started together by a script
+// take their turns on the document, and nobody watches a frozen window meanwhile.
+constexpr std::chrono::seconds kDefaultWait{10};
+const char kWaitNote[] =
+    "--wait SECONDS: how long to wait while another qvx command holds the document, or another\n"
+    "program's save keeps it locked (default 10). A document open in the desktop program is\n"
+    "refused at once.\n";
+
 void PrintUsage(const CommandTable& table, std::ostream& out)
 {
     size_t width = 0;
     for (const Command& c : table.All())
         width = std::max(width, c.name.size());
-    out << "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no]\n\n"
+    out << "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no] [--wait SECONDS]\n\n"
            "Commands (qvx help COMMAND shows the arguments of one):\n";
     for (const Command& c : table.All())
         out << "  " << c.name << std::string(width - c.name.size() + 2, ' ') << c.summary << "\n";
@@ -57,13 +72,14 @@ void PrintUsage(const CommandTable& table, std::ostream& out)
            "or \"#id\". DATE is YYYY-MM-DD, TIME is HH:MM. --yes / --no answer every question the\n"
            "command would ask; without them questions are asked on the terminal. "
            "QVX_NOW=\"YYYY-MM-DD\n"
-           "HH:MM\" fixes the clock.\n";
+           "HH:MM\" fixes the clock.\n"
+        << kNumbersNote << kWaitNote;
 }
 } // namespace
 
 } // namespace cli
 
-int main(int argc, char** argv)
+static int RunQvx(int argc, char** argv)
 {
     using namespace cli;
     CommandTable table;
@@ -77,6 +93,7 @@ int main(int argc, char** argv)
 
     std::vector<std::string> args;
     TerminalPrompter::Preset preset = TerminalPrompter::Preset::none;
+    platform::SharedFile::SetWaitLimit(kDefaultWait);
     for (int i = 1; i < argc; ++i)
     {
         const std::string a = argv[i];
@@ -84,6 +101,25 @@ int main(int argc, char** argv)
             preset = TerminalPrompter::Preset::yes;
         else if (a == "--no")
             preset = TerminalPrompter::Preset::no;
+        else if (a == "--wait" || a.rfind("--wait=", 0) == 0)
+        {
+            const bool joined = a != "--wait";
+            if (!joined && i + 1 >= argc)
+            {
+                std::cerr << "qvx: --wait needs a number of seconds\n";
+                return 2;
+            }
+            try
+            {
+                platform::SharedFile::SetWaitLimit(
+                    ParseWaitSeconds(joined ? a.substr(7) : argv[++i]));
+            }
+            catch (const UsageError& e)
+            {
+                std::cerr << "qvx: " << e.what() << "\n";
+                return 2;
+            }
+        }
         else
             args.push_back(a);
     }
@@ -97,6 +133,13 @@ int main(int argc, char** argv)
             {
                 std::cout << "usage: qvx " << c->name << " " << c->usage << "\n"
                           << c->summary << "\n";
+                for (const char* option :
+                     {"--amount", "--rate", "--distance", "--estimate", "--multiplier", "--tax"})
+                    if (c->usage.find(option) != std::string::npos)
+                    {
+                        std::cout << "\n" << kNumbersNote;
+                        break;
+                    }
                 return 0;
             }
             std::cerr << "qvx: unknown command '" << words[0]
@@ -150,4 +193,9 @@ int main(int argc, char** argv)
         std::cerr << "qvx " << command->name << ": " << e.what() << "\n";
         return 1;
     }
+}
+
+int main(int argc, char** argv)
+{
+    return cli::RunWithCheckedOutput("qvx", RunQvx, argc, argv);
 }

@@ -279,8 +279,8 @@ bool CTimeKeeperDoc::ReadFromBytes(const std::vector<uint8_t>& bytes, platform::
     const LoadResult result = LoadFromBytes(bytes.data(), bytes.size(), prompter);
     // A cancelled load has already said why (40029) or was the user's choice (41018).
     if (result.notDocument)
-        prompter.ShowMessage("The file '" + (m_heldFile ? m_heldFile->GetPath() : m_pathName) + "' is " +
-                                 kNotADocument + ".",
+        prompter.ShowMessage("The file '" + (m_heldFile ? m_heldFile->GetPath() : m_pathName) +
+                                 "' is " + kNotADocument + ".",
                              platform::Icon::error);
     else if (result.status == LoadResult::failed)
         prompter.ShowMessage("Failed to open document.\n\n" + result.error, platform::Icon::error);

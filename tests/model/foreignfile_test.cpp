@@ -19,7 +19,10 @@ LoadResult LoadBytes(const std::vector<uint8_t>& bytes, ScriptedPrompter& prompt
     return r;
 }
 
-std::vector<uint8_t> Le32(uint32_t v) { return {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)}; }
+std::vector<uint8_t> Le32(uint32_t v)
+{
+    return {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
+}
 } // namespace
 
 TEST(ForeignFile, TextAndRandomBytesAreNotDocuments)
@@ -45,7 +48,8 @@ TEST(ForeignFile, TextAndRandomBytesAreNotDocuments)
 
 TEST(ForeignFile, PlausibleNewerVersionsKeepTheirMessage)
 {
-    for (const uint32_t version : {CTimeKeeperDoc::kCurrentVersion + 1, CTimeKeeperDoc::kHighestPlausibleVersion})
+    for (const uint32_t version :
+         {CTimeKeeperDoc::kCurrentVersion + 1, CTimeKeeperDoc::kHighestPlausibleVersion})
     {
         ScriptedPrompter prompter;
         const LoadResult r = LoadBytes(Le32(version), prompter);
@@ -58,5 +62,6 @@ TEST(ForeignFile, PlausibleNewerVersionsKeepTheirMessage)
     const LoadResult old = LoadBytes(Le32(4), prompter);
     EXPECT_EQ(old.status, LoadResult::failed);
     EXPECT_FALSE(old.notDocument);
-    EXPECT_NE(old.error.find("document version 4 is not supported"), std::string::npos) << old.error;
+    EXPECT_NE(old.error.find("document version 4 is not supported"), std::string::npos)
+        << old.error;
 }
