@@ -1,7 +1,11 @@
 #include "cli/cliargs.h"
 
+#include "model/amountlimits.h"
+
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <climits>
 #include <cstdlib>
 
 namespace cli
@@ -76,24 +80,102 @@ void Args::Expect(size_t minPositional, size_t maxPositional,
         throw UsageError("unexpected argument '" + m_positional[maxPositional] + "'");
 }
 
+namespace
+{
+// Digits with an optional leading minus and at most one point, at least one digit.
+bool IsDecimalNotation(const std::string& text)
+{
+    size_t i = text.size() > 0 && text[0] == '-' ? 1 : 0;
+    bool digit = false, point = false;
+    for (; i < text.size(); ++i)
+    {
+        if (text[i] >= '0' && text[i] <= '9')
+            digit = true;
+        else if (text[i] == '.' && !point)
+            point = true;
+        else
+            return false;
+    }
+    return digit;
+}
+
+// The value of decimal notation, read the same whatever the user's locale.
+std::optional<double> DecimalValue(const std::string& text)
+{
+    if (!IsDecimalNotation(text))
+        return std::nullopt;
+    double v = 0;
+    const auto [end, ec] =
+        std::from_chars(text.data(), text.data() + text.size(), v, std::chars_format::fixed);
+    if (ec != std::errc() || end != text.data() + text.size() || !IsStorableAmount(v))
+        return std::nullopt;
+    return v == 0 ? 0.0 : v; // no negative zero
+}
+} // namespace
+
 int ParseInt(const std::string& text, const char* what)
 {
-    errno = 0;
-    char* end = nullptr;
-    const long v = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || errno != 0 || v < -2147483647L || v > 2147483647L)
-        throw UsageError(std::string(what) + " must be a whole number, not '" + text + "'");
+    const size_t start = !text.empty() && text[0] == '-' ? 1 : 0;
+    long v = 0;
+    const bool digits =
+        text.size() > start && text.find_first_not_of("0123456789", start) == std::string::npos;
+    if (digits)
+    {
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
+        if (ec != std::errc() || end != text.data() + text.size())
+            v = LONG_MAX;
+    }
+    if (!digits || v < -2147483647L || v > 2147483647L)
+        throw UsageError(
+            std::string(what) +
+            " must be a whole number such as 12 (digits, an optional leading minus), not '" + text +
+            "'");
     return static_cast<int>(v);
 }
 
 double ParseDouble(const std::string& text, const char* what)
 {
-    errno = 0;
-    char* end = nullptr;
-    const double v = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != '\0' || errno != 0 || v != v)
-        throw UsageError(std::string(what) + " must be a number, not '" + text + "'");
-    return v;
+    if (const auto v = DecimalValue(text))
+        return *v;
+    throw UsageError(
+        std::string(what) +
+        " must be a decimal number such as 12.50 or -3.75 (digits, an optional leading "
+        "minus and point, below one trillion), not '" +
+        text + "'");
+}
+
+double ParseNonNegative(const std::string& text, const char* what)
+{
+    const auto v = DecimalValue(text);
+    if (v && *v >= 0)
+        return *v;
+    throw UsageError(std::string(what) +
+                     " must be a decimal number of 0 or more such as 12.50 (digits and an optional "
+                     "point, below one trillion), not '" +
+                     text + "'");
+}
+
+int ParseDistance(const std::string& text, const char* what)
+{
+    if (!text.empty() && text.size() <= 7 &&
+        text.find_first_not_of("0123456789") == std::string::npos)
+    {
+        const int v = std::atoi(text.c_str());
+        if (v <= kMaxDistance)
+            return v;
+    }
+    throw UsageError(std::string(what) + " must be a whole number of miles (or km) from 0 to " +
+                     std::to_string(kMaxDistance) + ", not '" + text + "'");
+}
+
+std::chrono::milliseconds ParseWaitSeconds(const std::string& text)
+{
+    const auto v = DecimalValue(text);
+    if (!v || *v < 0 || *v > 86400)
+        throw UsageError(
+            "--wait must be a number of seconds from 0 to 86400, such as 10 or 2.5, not '" + text +
+            "'");
+    return std::chrono::milliseconds(static_cast<int64_t>(*v * 1000 + 0.5));
 }
 
 bool ParseYesNo(const std::string& text, const char* what)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -45,9 +46,19 @@ private:
     std::vector<std::string> m_flags;
 };
 
-// Parsers that refuse bad values with a message naming the option.
+// Parsers that refuse bad values with a message naming the option and the accepted form.
+// A whole number: digits with an optional leading minus.
 int ParseInt(const std::string& text, const char* what);
+// Money, rates, estimates and multipliers: decimal notation only (digits with an optional
+// leading minus and one point: "12.50", "-3", ".5"), below one trillion either way. No
+// exponent, hexadecimal, infinity or not-a-number, no blanks and no thousands separators.
 double ParseDouble(const std::string& text, const char* what);
+// The same, and not below 0: rates, estimates, the mileage rate.
+double ParseNonNegative(const std::string& text, const char* what);
+// A distance in whole miles (or km), from 0 to kMaxDistance.
+int ParseDistance(const std::string& text, const char* what);
 bool ParseYesNo(const std::string& text, const char* what);
+// qvx's --wait: whole or decimal seconds from 0 to one day.
+std::chrono::milliseconds ParseWaitSeconds(const std::string& text);
 
 } // namespace cli

@@ -1,5 +1,7 @@
 #include "cli/dispatch.h"
 
+#include "cli/cliargs.h"
+
 #include <algorithm>
 #include <iostream>
 #include <sstream>
@@ -38,13 +40,22 @@ const Command* CommandTable::Find(const std::vector<std::string>& argv, size_t& 
 
 namespace
 {
+const char kNumbersNote[] =
+    "Amounts, rates, estimates and multipliers are decimal numbers such as 12.50 (no exponent,\n"
+    "no thousands separator), below one trillion. An expense --amount may be negative (a refund\n"
+    "or credit); rates, estimates, distances and multipliers may not.\n";
+const char kWaitNote[] =
+    "--wait SECONDS: how long to wait while another qvx command holds the document, or another\n"
+    "program's save keeps it locked (default 10). A document open in the desktop program is\n"
+    "handed to that program when it answers, else refused at once.\n";
+
 void PrintUsage(const CommandTable& table, std::ostream& out)
 {
     size_t width = 0;
     for (const Command& c : table.All())
         width = std::max(width, c.name.size());
     out << "qvx " QV_VERSION ", the command line of Quorvane Time & Expense\n\n"
-           "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no] [--no-forward]\n\n"
+           "Usage: qvx COMMAND [ARGUMENTS] [--yes | --no] [--wait SECONDS] [--no-forward]\n\n"
            "Commands (qvx help COMMAND shows the arguments of one):\n";
     for (const Command& c : table.All())
         out << "  " << c.name << std::string(width - c.name.size() + 2, ' ') << c.summary << "\n";
@@ -55,7 +66,8 @@ void PrintUsage(const CommandTable& table, std::ostream& out)
            "QVX_NOW=\"YYYY-MM-DD\n"
            "HH:MM\" fixes the clock.\n"
            "While the desktop program holds FILE, the command runs in that program (on its open\n"
-           "document, with its clock); --no-forward works on the file instead.\n";
+           "document, with its clock); --no-forward works on the file instead.\n"
+        << kNumbersNote << kWaitNote;
 }
 } // namespace
 
@@ -80,9 +92,27 @@ const CommandTable& AllCommands()
 CommandLine ParseCommandLine(const std::vector<std::string>& args)
 {
     CommandLine line;
-    for (const std::string& a : args)
+    for (size_t i = 0; i < args.size(); ++i)
     {
-        if (a == "--yes")
+        const std::string& a = args[i];
+        if (a == "--wait" || a.rfind("--wait=", 0) == 0)
+        {
+            const bool joined = a != "--wait";
+            if (!joined && i + 1 >= args.size())
+            {
+                line.usageError = "--wait needs a number of seconds";
+                continue;
+            }
+            try
+            {
+                line.wait = ParseWaitSeconds(joined ? a.substr(7) : args[++i]);
+            }
+            catch (const UsageError& e)
+            {
+                line.usageError = e.what();
+            }
+        }
+        else if (a == "--yes")
             line.preset = TerminalPrompter::Preset::yes;
         else if (a == "--no")
             line.preset = TerminalPrompter::Preset::no;
@@ -99,6 +129,11 @@ int RunCommandLine(const CommandLine& line)
     const CommandTable& table = AllCommands();
     const std::vector<std::string>& args = line.words;
     const TerminalPrompter::Preset preset = line.preset;
+    if (!line.usageError.empty())
+    {
+        std::cerr << "qvx: " << line.usageError << "\n";
+        return 2;
+    }
     if (args.size() == 1 && args[0] == "--version")
     {
         std::cout << "qvx (Quorvane Time & Expense) " QV_VERSION "\n";
@@ -116,6 +151,13 @@ int RunCommandLine(const CommandLine& line)
                           << c->summary << "\n";
                 if (!c->details.empty())
                     std::cout << "\n" << c->details << "\n";
+                for (const char* option :
+                     {"--amount", "--rate", "--distance", "--estimate", "--multiplier", "--tax"})
+                    if (c->usage.find(option) != std::string::npos)
+                    {
+                        std::cout << "\n" << kNumbersNote;
+                        break;
+                    }
                 return 0;
             }
             std::cerr << "qvx: unknown command '" << words[0]

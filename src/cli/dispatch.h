@@ -3,6 +3,8 @@
 #include "cli/commands.h"
 #include "cli/terminalprompter.h"
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,10 @@ struct CommandLine
     std::vector<std::string> words; // the command words and the command's own arguments
     TerminalPrompter::Preset preset = TerminalPrompter::Preset::none;
     bool noForward = false; // --no-forward: work on the file even when a program holds it
+    // --wait SECONDS: how long this process waits for a document another qvx holds. Only qvx
+    // itself applies it; a program running a handed-over command has the document open.
+    std::optional<std::chrono::milliseconds> wait;
+    std::string usageError; // a malformed common option, reported as a usage error
 };
 
 CommandLine ParseCommandLine(const std::vector<std::string>& args);

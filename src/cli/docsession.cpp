@@ -39,7 +39,21 @@ private:
     platform::Prompter& m_next;
     std::vector<std::string> m_messages;
 };
+
+std::string WaitText()
+{
+    const long long ms = platform::SharedFile::GetWaitLimit().count();
+    if (ms % 1000 != 0)
+        return std::to_string(ms) + " ms";
+    return std::to_string(ms / 1000) + (ms == 1000 ? " second" : " seconds");
+}
 } // namespace
+
+std::string LockedTooLong()
+{
+    return "is locked by another program: its save did not end within " + WaitText() +
+           " (a program that is stuck?; --wait SECONDS waits longer)";
+}
 
 std::vector<uint8_t> ReadWholeFile(const std::string& path)
 {
@@ -55,15 +69,13 @@ std::vector<uint8_t> ReadWholeFile(const std::string& path)
         throw CommandError("'" + path + "' is not a regular file");
     }
     // Wait while another program saves: its save locks these bytes for writing.
-    struct flock lock
+    int err = 0;
+    if (!platform::SharedFile::LockContents(fd, false, path, &err))
     {
-    };
-    lock.l_type = F_RDLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = 0;
-    lock.l_len = static_cast<off_t>(platform::SharedFile::kHoldOffset);
-    while (::fcntl(fd, F_OFD_SETLKW, &lock) != 0 && errno == EINTR)
-    {
+        ::close(fd);
+        throw CommandError(err == ETIMEDOUT
+                               ? "'" + path + "' " + LockedTooLong() + "; nothing was read"
+                               : "cannot read '" + path + "': " + std::strerror(err));
     }
     if (::fstat(fd, &st) != 0)
     {
@@ -93,6 +105,8 @@ std::vector<uint8_t> ReadWholeFile(const std::string& path)
 DocSession::DocSession(TerminalPrompter& prompter)
     : m_prompter(prompter), m_doc(std::make_unique<CTimeKeeperDoc>())
 {
+    // A command holds the file only while it runs: another command waits for it.
+    m_doc->SetHoldKind(platform::SharedFile::HoldKind::brief);
 }
 
 DocSession::~DocSession() = default;
@@ -104,6 +118,8 @@ void DocSession::FailLoad(const std::string& path, const LoadResult& result)
                                    ? " (a backup from an interrupted save lies beside it: '" +
                                          CSharedDoc::BackupPathFor(path) + "')"
                                    : std::string();
+    if (result.notDocument)
+        throw CommandError("'" + path + "' is " + result.error);
     if (result.status == LoadResult::cancelled)
     {
         if (result.version > CTimeKeeperDoc::kCurrentVersion)
@@ -175,9 +191,13 @@ void DocSession::OpenForChange(const std::string& path)
     }
     m_path = path;
     if (m_doc->IsReadOnly())
-        throw CommandError("'" + path +
-                           "' is not available for updating: another copy of the program holds it; "
-                           "nothing was changed");
+        throw CommandError(
+            "'" + path + "' is not available for updating: " +
+            (m_doc->GetOtherHolder() == platform::SharedFile::HoldKind::brief
+                 ? "another qvx command still held it after " + WaitText() +
+                       " (--wait SECONDS waits longer)"
+                 : std::string("the desktop program (or another program) holds it")) +
+            "; nothing was changed");
 }
 
 void DocSession::Save()

@@ -46,4 +46,7 @@ private:
 // Reads a whole file; throws CommandError when it cannot.
 std::vector<uint8_t> ReadWholeFile(const std::string& path);
 
+// The end of the message for a file whose lock did not end within the wait limit.
+std::string LockedTooLong();
+
 } // namespace cli

@@ -2,6 +2,7 @@
 #include "cli/commandsession.h"
 #include "cli/entryrows.h"
 #include "cli/entrytable.h"
+#include "model/amountlimits.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 
@@ -288,14 +289,16 @@ int ExpenseAdd(Context& ctx)
         if (!distance)
             throw UsageError("'" + type->m_name +
                              "' is the mileage type: --distance N is required");
-        const int miles = ParseInt(*distance, "--distance");
+        const int miles = ParseDistance(*distance, "--distance");
         if (miles < 0)
             throw UsageError("--distance must not be negative");
         float rate = doc.m_defaultMileageRate;
         if (auto r = args.Option("rate"))
-            rate = float(ParseDouble(*r, "--rate"));
+            rate = float(ParseNonNegative(*r, "--rate"));
         e->m_distance = float(miles);
         e->m_amount = CExpenseEntry::MileageAmount(miles, rate);
+        if (!IsStorableAmount(e->m_amount))
+            throw UsageError("--distance times --rate must stay below one trillion");
     }
     else
     {
@@ -532,7 +535,9 @@ void RegisterEntryCommands(CommandTable& table)
         {"expense add",
          "FILE TASK --date DATE (--amount X | --distance N [--rate R]) --type NAME [--method NAME] "
          "[--billable yes|no] [--number N] [--note TEXT]",
-         "add an expense entry (the mileage type takes a distance)", ExpenseAdd});
+         "add an expense entry (the mileage type takes a distance; a negative --amount is a "
+         "refund)",
+         ExpenseAdd});
     table.Add({"expense rm", "FILE --date DATE N...", "delete expense entries",
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::expense); }});
     table.Add({"expense move", "FILE --date DATE N (--to DATE | --task TASK)",

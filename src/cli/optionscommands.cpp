@@ -82,7 +82,7 @@ int Options(Context& ctx)
     std::optional<float> mileageRate;
     if (auto v = args.Option("mileage-rate"))
     {
-        const double rate = ParseDouble(*v, "--mileage-rate");
+        const double rate = ParseNonNegative(*v, "--mileage-rate");
         if (rate < 0)
             throw UsageError("--mileage-rate must not be negative");
         mileageRate = float(rate);

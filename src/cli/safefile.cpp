@@ -67,6 +67,13 @@ void WriteNewFile(const std::string& path, std::string_view bytes, bool replace)
 {
     if (!replace && FileExists(path))
         throw CommandError("'" + path + "' already exists (use --force to replace it)");
+    // Replacing the name of a device or a pipe would put a file where the system needs
+    // the device (as root, even /dev/null).
+    struct stat existing
+    {
+    };
+    if (::stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode))
+        throw CommandError("'" + path + "' is not a regular file; write to a file instead");
     const std::filesystem::path target(path);
     const std::string dir =
         target.has_parent_path() ? target.parent_path().string() : std::string(".");

@@ -420,7 +420,7 @@ int TaskSet(Context& ctx)
     }
     if (auto v = args.Option("cost-estimate"))
     {
-        task->m_costEstimate = ParseDouble(*v, "--cost-estimate");
+        task->m_costEstimate = ParseNonNegative(*v, "--cost-estimate");
         changed = true;
     }
     if (auto v = args.Option("level"))

@@ -77,62 +77,116 @@ std::string Cp1252ToUtf8(std::string_view bytes)
     return out;
 }
 
+namespace
+{
+// The code point of the UTF-8 sequence at `i` (advanced past it), or `kBadSequence`
+// for a byte that does not start a well-formed sequence (then `i` moves by one byte).
+constexpr char32_t kBadSequence = 0xFFFFFFFF;
+char32_t NextCodePoint(std::string_view utf8, size_t& i)
+{
+    const unsigned char c = static_cast<unsigned char>(utf8[i]);
+    if (c < 0x80)
+    {
+        ++i;
+        return c;
+    }
+    int extra = 0;
+    char32_t cp = 0;
+    if ((c & 0xE0) == 0xC0)
+    {
+        extra = 1;
+        cp = c & 0x1F;
+    }
+    else if ((c & 0xF0) == 0xE0)
+    {
+        extra = 2;
+        cp = c & 0x0F;
+    }
+    else if ((c & 0xF8) == 0xF0)
+    {
+        extra = 3;
+        cp = c & 0x07;
+    }
+    else
+    {
+        ++i;
+        return kBadSequence;
+    }
+    for (int k = 1; k <= extra; ++k)
+    {
+        if (i + k >= utf8.size() || (static_cast<unsigned char>(utf8[i + k]) & 0xC0) != 0x80)
+        {
+            ++i;
+            return kBadSequence;
+        }
+        cp = (cp << 6) | (static_cast<unsigned char>(utf8[i + k]) & 0x3F);
+    }
+    i += size_t(extra) + 1;
+    return cp;
+}
+
+// Windows-1252 bytes for `utf8` when every character has one (a malformed byte becomes
+// "?", as it always has); false at the first character the code page cannot hold.
+bool Utf8ToCp1252Exactly(std::string_view utf8, std::string& out)
+{
+    out.clear();
+    out.reserve(utf8.size());
+    size_t i = 0;
+    while (i < utf8.size())
+    {
+        const char32_t cp = NextCodePoint(utf8, i);
+        if (cp == kBadSequence)
+        {
+            out += '?';
+            continue;
+        }
+        const char c = ToCp1252(cp);
+        if (c == '?' && cp != U'?')
+            return false;
+        out += c;
+    }
+    return true;
+}
+
+// UTF-16LE code units of `utf8`; what is not a character (a malformed byte, a surrogate
+// code point, a value past U+10FFFF) becomes U+FFFD.
+std::vector<uint8_t> Utf8ToUtf16Le(std::string_view utf8)
+{
+    std::vector<uint8_t> out;
+    out.reserve(utf8.size() * 2);
+    const auto unit = [&out](char32_t u)
+    {
+        out.push_back(uint8_t(u & 0xFF));
+        out.push_back(uint8_t(u >> 8));
+    };
+    size_t i = 0;
+    while (i < utf8.size())
+    {
+        char32_t cp = NextCodePoint(utf8, i);
+        if (cp == kBadSequence || (cp >= 0xD800 && cp <= 0xDFFF) || cp > 0x10FFFF)
+            cp = 0xFFFD;
+        if (cp < 0x10000)
+            unit(cp);
+        else
+        {
+            cp -= 0x10000;
+            unit(0xD800 + (cp >> 10));
+            unit(0xDC00 + (cp & 0x3FF));
+        }
+    }
+    return out;
+}
+} // namespace
+
 std::string Utf8ToCp1252(std::string_view utf8)
 {
     std::string out;
     out.reserve(utf8.size());
     size_t i = 0;
-    const size_t n = utf8.size();
-    while (i < n)
+    while (i < utf8.size())
     {
-        const unsigned char c = static_cast<unsigned char>(utf8[i]);
-        if (c < 0x80)
-        {
-            out += static_cast<char>(c);
-            ++i;
-            continue;
-        }
-        int extra = 0;
-        char32_t cp = 0;
-        if ((c & 0xE0) == 0xC0)
-        {
-            extra = 1;
-            cp = c & 0x1F;
-        }
-        else if ((c & 0xF0) == 0xE0)
-        {
-            extra = 2;
-            cp = c & 0x0F;
-        }
-        else if ((c & 0xF8) == 0xF0)
-        {
-            extra = 3;
-            cp = c & 0x07;
-        }
-        else
-        {
-            out += '?';
-            ++i;
-            continue;
-        }
-        bool ok = true;
-        for (int k = 1; k <= extra; ++k)
-        {
-            if (i + k >= n || (static_cast<unsigned char>(utf8[i + k]) & 0xC0) != 0x80)
-            {
-                ok = false;
-                break;
-            }
-            cp = (cp << 6) | (static_cast<unsigned char>(utf8[i + k]) & 0x3F);
-        }
-        if (!ok)
-        {
-            out += '?';
-            ++i;
-            continue;
-        }
-        out += ToCp1252(cp);
-        i += extra + 1;
+        const char32_t cp = NextCodePoint(utf8, i);
+        out += cp == kBadSequence ? '?' : ToCp1252(cp);
     }
     return out;
 }
@@ -232,18 +286,8 @@ void CArchive::Fail(ArchiveError::Kind kind, const std::string& detail) const
 
 void CArchive::FailEndOfFile() const { Fail(ArchiveError::endOfFile, "unexpected end of file"); }
 
-void CArchive::WriteString(std::string_view utf8)
+void CArchive::WriteLengthPrefix(size_t len)
 {
-    bool ascii = true;
-    for (char c : utf8)
-        if (static_cast<unsigned char>(c) >= 0x80)
-        {
-            ascii = false;
-            break;
-        }
-    const std::string converted = ascii ? std::string() : Utf8ToCp1252(utf8);
-    const std::string_view bytes = ascii ? utf8 : std::string_view(converted);
-    const size_t len = bytes.size();
     if (len < 0xFF)
         WriteU8(uint8_t(len));
     else if (len < 0xFFFE)
@@ -257,7 +301,37 @@ void CArchive::WriteString(std::string_view utf8)
         WriteU16(0xFFFF);
         WriteU32(uint32_t(len));
     }
-    WriteBytes(bytes.data(), len);
+}
+
+void CArchive::WriteString(std::string_view utf8)
+{
+    bool ascii = true;
+    for (char c : utf8)
+        if (static_cast<unsigned char>(c) >= 0x80)
+        {
+            ascii = false;
+            break;
+        }
+    if (ascii)
+    {
+        WriteLengthPrefix(utf8.size());
+        WriteBytes(utf8.data(), utf8.size());
+        return;
+    }
+    // What the code page can hold is written in it, so that such files stay exactly as
+    // they were; any other text takes the 16-bit form rather than losing characters.
+    std::string converted;
+    if (Utf8ToCp1252Exactly(utf8, converted))
+    {
+        WriteLengthPrefix(converted.size());
+        WriteBytes(converted.data(), converted.size());
+        return;
+    }
+    const std::vector<uint8_t> units = Utf8ToUtf16Le(utf8);
+    WriteU8(0xFF);
+    WriteU16(0xFFFE);
+    WriteLengthPrefix(units.size() / 2);
+    WriteBytes(units.data(), units.size());
 }
 
 void CArchive::WriteDate(const CDateTime& d)

@@ -56,8 +56,9 @@ private:
 using ObjectFactory = std::function<std::unique_ptr<CObject>(std::string_view className)>;
 
 // Reader and writer of the object-archive byte stream. Texts are UTF-8 in memory
-// and Windows-1252 in the stream. The fixed-size readers and writers are inline:
-// a large document runs them tens of millions of times.
+// and Windows-1252 in the stream, or UTF-16LE behind the 16-bit marker (0xFF, then
+// the u16 0xFFFE) when they hold a character that Windows-1252 lacks. The fixed-size
+// readers and writers are inline: a large document runs them tens of millions of times.
 class CArchive
 {
 public:
@@ -166,6 +167,7 @@ private:
             r = T((r << 8) | ((v >> (8 * i)) & 0xFF));
         return r;
     }
+    void WriteLengthPrefix(size_t len);
     uint32_t ReadLengthPrefix(bool& unicode);
     std::unique_ptr<CObject> ReadObject(const std::string_view* accepted, size_t count);
     uint32_t StoredClassIndex(const char* name) const;

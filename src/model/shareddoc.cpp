@@ -18,9 +18,29 @@ const char kReadOnlyNotice[] = "File '%s' is not available for updating.\nIt wil
 const char kInUse[] = "File '%s' is in use.\nSave with a different name.";
 const char kCopyError[] = "File copy error %u";
 
+// The copy error with the system's reason beside its code.
+std::string CopyError(int err)
+{
+    return platform::FormatPrintf(kCopyError, std::to_string(unsigned(err))) + ": " +
+           std::strerror(err);
+}
+
+// What keeps another program's lock from ending: ETIMEDOUT is the wait limit running out.
+std::string LockReason(int err)
+{
+    if (err != ETIMEDOUT)
+        return std::strerror(err);
+    const long long ms = platform::SharedFile::GetWaitLimit().count();
+    const std::string wait = ms % 1000 == 0
+                                 ? std::to_string(ms / 1000) + (ms == 1000 ? " second" : " seconds")
+                                 : std::to_string(ms) + " ms";
+    return "another program has kept it locked for more than " + wait +
+           " (a save that does not end, or a program that is stuck)";
+}
+
 std::string ReadError(const std::string& path, int err)
 {
-    return "The file '" + path + "' could not be read: " + std::strerror(err) + ".";
+    return "The file '" + path + "' could not be read: " + LockReason(err) + ".";
 }
 
 std::string WriteError(const std::string& path, const std::string& reason, bool backupKept)
@@ -95,7 +115,8 @@ bool CSharedDoc::OnOpenDocument(const std::string& path, platform::Prompter& pro
     CloseHeldFile();
     // Without its file the old path must not be saved to any more.
     KeepPathName(std::string());
-    std::unique_ptr<platform::SharedFile> file = platform::SharedFile::OpenShared(path, false);
+    std::unique_ptr<platform::SharedFile> file =
+        platform::SharedFile::OpenShared(path, false, nullptr, m_holdKind);
     if (!file)
     {
         prompter.ShowMessage(platform::FormatPrintf(kOpenError, path), platform::Icon::error);
@@ -129,7 +150,7 @@ bool CSharedDoc::OnSaveDocument(const std::string& path, platform::Prompter& pro
     const bool sameFile = m_heldFile && m_heldFile->GetPath() == path;
     std::unique_ptr<platform::SharedFile> newFile;
     if (!sameFile)
-        newFile = platform::SharedFile::OpenShared(path, true);
+        newFile = platform::SharedFile::OpenShared(path, true, nullptr, m_holdKind);
     if (sameFile ? m_readOnly.load() : !newFile || newFile->IsReadOnly())
     {
         prompter.ShowMessage(inUse, platform::Icon::warning);
@@ -174,13 +195,17 @@ bool CSharedDoc::WriteHeldFile(const std::vector<uint8_t>& bytes, bool makeBacku
         makeBackup = false;
     if (makeBackup && !platform::SharedFile::CopyFile(path, backup, &err))
     {
-        prompter.ShowMessage(platform::FormatPrintf(kCopyError, std::to_string(unsigned(err))),
-                             platform::Icon::error);
+        prompter.ShowMessage(CopyError(err), platform::Icon::error);
         return false;
     }
     if (!file.LockForWriting(&err))
     {
-        prompter.ShowMessage(WriteError(path, std::strerror(err), true), platform::Icon::error);
+        // Nothing was written: the backup just made is the file itself and goes again.
+        if (makeBackup)
+            platform::SharedFile::DeleteFile(backup);
+        prompter.ShowMessage(WriteError(path, LockReason(err) + "; nothing was written",
+                                        !makeBackup && HasBackup(path)),
+                             platform::Icon::error);
         return false;
     }
     const bool written = file.Rewrite(bytes.data(), bytes.size(), &err);
@@ -208,9 +233,10 @@ bool CSharedDoc::RestoreFromBackup(const std::string& path, platform::Prompter& 
 
     CloseHeldFile();
     KeepPathName(std::string());
-    std::unique_ptr<platform::SharedFile> file = platform::SharedFile::OpenShared(path, false);
-    if (!file)
-        file = platform::SharedFile::OpenShared(path, true); // the damaged file is gone: recreate it
+    std::unique_ptr<platform::SharedFile> file =
+        platform::SharedFile::OpenShared(path, false, nullptr, m_holdKind);
+    if (!file) // the damaged file is gone: recreate it
+        file = platform::SharedFile::OpenShared(path, true, nullptr, m_holdKind);
     if (!file)
     {
         prompter.ShowMessage(platform::FormatPrintf(kOpenError, path), platform::Icon::error);

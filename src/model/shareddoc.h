@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/prompter.h"
+#include "platform/sharedfile.h"
 
 #include <atomic>
 #include <cstdint>
@@ -9,11 +10,6 @@
 #include <mutex>
 #include <string>
 #include <vector>
-
-namespace platform
-{
-class SharedFile;
-}
 
 // The document's hold on its file: the first opener holds it for reading and
 // writing for as long as the document is open; later openers get it read-only.
@@ -35,6 +31,14 @@ public:
     void SetPathName(const std::string& path) { m_pathName = path; }
     bool IsReadOnly() const { return m_readOnly; }
     bool HoldsFile() const { return m_heldFile != nullptr; }
+    // How this document holds its file: lasting in the desktop program, brief in a qvx
+    // command. Set before opening.
+    void SetHoldKind(platform::SharedFile::HoldKind kind) { m_holdKind = kind; }
+    // For a file held read-only: how the other program holds it.
+    platform::SharedFile::HoldKind GetOtherHolder() const
+    {
+        return m_heldFile ? m_heldFile->GetOtherHolder() : platform::SharedFile::HoldKind::lasting;
+    }
     // Save has to ask for a name first: the document has no path yet, or its file is
     // held read-only (another copy holds it for updating).
     bool SaveNeedsNewName() const { return m_pathName.empty() || m_readOnly; }
@@ -75,6 +79,7 @@ protected:
     std::atomic<bool> m_readOnly{false};
     // The last write into the held file failed part way: its backup is the good copy.
     bool m_heldFileDamaged = false;
+    platform::SharedFile::HoldKind m_holdKind = platform::SharedFile::HoldKind::lasting;
 
 private:
     // Writes `bytes` into the held file the safe way: backup, lock, rewrite, sync, unlock,

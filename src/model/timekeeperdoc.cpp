@@ -10,6 +10,8 @@
 
 namespace
 {
+const char kNotADocument[] = "not a Quorvane Time & Expense document";
+
 using Lock = std::lock_guard<std::recursive_mutex>;
 
 const char* const kDefaultLevelNames[] = {"Employee", "Client", "Project", "Sub Project", "Task"};
@@ -211,6 +213,15 @@ LoadResult CTimeKeeperDoc::LoadFromBytes(const uint8_t* data, size_t size, platf
         const uint32_t version = uint32_t(data[0]) | uint32_t(data[1]) << 8 | uint32_t(data[2]) << 16 |
                                  uint32_t(data[3]) << 24;
         result.version = version;
+        if (version == 0 || version > kHighestPlausibleVersion)
+        {
+            result.status = LoadResult::failed;
+            result.notDocument = true;
+            result.error = kNotADocument;
+            m_loading = false;
+            m_lastLoad = result;
+            return result;
+        }
         if (version > kCurrentVersion)
         {
             prompter.ShowMessage(platform::LoadString(40029), platform::Icon::error);
@@ -267,7 +278,11 @@ bool CTimeKeeperDoc::ReadFromBytes(const std::vector<uint8_t>& bytes, platform::
 {
     const LoadResult result = LoadFromBytes(bytes.data(), bytes.size(), prompter);
     // A cancelled load has already said why (40029) or was the user's choice (41018).
-    if (result.status == LoadResult::failed)
+    if (result.notDocument)
+        prompter.ShowMessage("The file '" + (m_heldFile ? m_heldFile->GetPath() : m_pathName) +
+                                 "' is " + kNotADocument + ".",
+                             platform::Icon::error);
+    else if (result.status == LoadResult::failed)
         prompter.ShowMessage("Failed to open document.\n\n" + result.error, platform::Icon::error);
     return result.status == LoadResult::loaded;
 }

@@ -40,6 +40,8 @@ struct LoadResult
         failed,    // a format error or an early end of the stream
     };
     Status status = failed;
+    // Failed because the bytes are no document of this program at all (error says so).
+    bool notDocument = false;
     uint32_t version = 0;
     std::string error; // names the record and the byte offset when reading failed
 };
@@ -49,6 +51,9 @@ class CTimeKeeperDoc : public CSharedDoc
 {
 public:
     static constexpr uint32_t kCurrentVersion = 11;
+    // The highest version that a later release could plausibly have written; a higher
+    // "version" means the bytes are something else (a text file starts with four letters).
+    static constexpr uint32_t kHighestPlausibleVersion = 100;
     static constexpr uint32_t kRootTaskId = 1;
 
     CTimeKeeperDoc();

@@ -273,7 +273,7 @@ bool CTimeEntryPropertySheet::Apply()
     }
     bool rateOk = true;
     const double rate = m_rate->Value(&rateOk);
-    if (!m_useDefaults->isChecked() && !rateOk)
+    if (!m_useDefaults->isChecked() && (!rateOk || rate < 0))
     {
         Refuse(tr("Enter the rate as an amount of money."), m_rate);
         return false;
@@ -770,13 +770,13 @@ bool CTaskProperties::Apply()
     CTimeKeeperDoc& doc = m_frame.Doc();
     bool ok = true;
     const double cost = m_cost->Value(&ok);
-    if (!ok)
+    if (!ok || cost < 0)
     {
         Refuse(tr("Enter the cost estimate as an amount of money."), m_cost);
         return false;
     }
     const double rate = m_rate->Value(&ok);
-    if (!ok && !m_useParentBilling->isChecked())
+    if ((!ok || rate < 0) && !m_useParentBilling->isChecked())
     {
         Refuse(tr("Enter the regular rate as an amount of money."), m_rate);
         return false;

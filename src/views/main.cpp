@@ -8,9 +8,14 @@
 #include "views/qtconvert.h"
 #include "views/qtprompter.h"
 
+#include "platform/sharedfile.h"
+
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QCursor>
 #include <QPointer>
+#include <QStatusBar>
+#include <QThread>
 
 #include <clocale>
 #include <cstdio>
@@ -49,6 +54,26 @@ int main(int argc, char* argv[])
     CQtPrompter prompter([&frame]() -> QWidget* { return frame.data(); });
     CMainFrame window(app, doc, prompter);
     frame = &window;
+    // A wait for another program's save or hold (bounded by the shared file) shows as a busy
+    // cursor and a status line; the automatic save waits on its own thread, out of sight.
+    platform::SharedFile::SetWaitObserver(
+        [&frame](platform::SharedFile::WaitEvent event, const std::string& path)
+        {
+            if (QThread::currentThread() != qApp->thread() || !frame)
+                return;
+            if (event == platform::SharedFile::WaitEvent::started)
+            {
+                QApplication::setOverrideCursor(Qt::WaitCursor);
+                frame->statusBar()->showMessage(
+                    QObject::tr("Waiting for another program to finish with %1...").arg(ToQ(path)));
+                frame->statusBar()->repaint();
+            }
+            else
+            {
+                QApplication::restoreOverrideCursor();
+                frame->statusBar()->clearMessage();
+            }
+        });
     CAutoSave autoSave(doc, prompter, [&app] { return app.GetAutoSave() != 0; });
     window.SetAutoSave(&autoSave);
     window.show();

@@ -1,6 +1,7 @@
 #include "widgets/currencyedit.h"
 
 #include <QFocusEvent>
+#include <QRegularExpression>
 
 #include <cmath>
 
@@ -40,8 +41,13 @@ double CurrencyFormat::Parse(const QString& text, bool* ok) const
     t.remove(QChar(0x00A0));
     t.remove(QChar(0x202F));
     t.replace(decimalSeparator, QStringLiteral("."));
+    // Decimal notation only, as qvx takes it: no exponent, infinity or not-a-number, and
+    // below one trillion, the most the file and the reports can show.
+    static const QRegularExpression kDecimal(QStringLiteral("^(\\d+\\.?\\d*|\\.\\d+)$"));
     bool good = false;
-    double value = t.isEmpty() ? 0.0 : t.toDouble(&good);
+    double value = t.isEmpty() || !kDecimal.match(t).hasMatch() ? 0.0 : t.toDouble(&good);
+    if (good && !(value < 1e12))
+        good = false;
     if (t.isEmpty())
         good = true;
     if (ok)

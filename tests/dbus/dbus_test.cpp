@@ -283,7 +283,7 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     // Without the program qvx could not change the held file at all.
     QvxResult r = Run({"--no-forward", "task", "add", "doc.qvx", "Acme", "Support"});
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "another copy of the program holds it")) << r.err;
+    EXPECT_TRUE(Contains(r.err, "the desktop program (or another program) holds it")) << r.err;
 
     std::string out = Ok({"start", "doc.qvx", "Acme/Website"});
     EXPECT_TRUE(Contains(out, "Started Acme/Website at ")) << out;

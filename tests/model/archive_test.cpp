@@ -73,12 +73,62 @@ TEST(ArchiveText, LengthPrefixTakesTheShortestForm)
 
 TEST(ArchiveText, TextsAreWindows1252InTheStream)
 {
-    const auto bytes = Written([](CArchive& ar) { ar.WriteString("caf\xC3\xA9 \xE2\x82\xAC \xE6\x97\xA5"); });
-    // é and € have single bytes; a character outside the code page becomes "?".
-    const std::vector<uint8_t> expected = {8, 'c', 'a', 'f', 0xE9, ' ', 0x80, ' ', '?'};
+    // Every character the code page holds keeps its single byte, the C1 places that
+    // Windows-1252 leaves undefined included, so that such files stay byte for byte.
+    const auto bytes =
+        Written([](CArchive& ar) { ar.WriteString("caf\xC3\xA9 \xE2\x82\xAC \xC5\xB8\xC2\x81?"); });
+    const std::vector<uint8_t> expected = {10,   'c', 'a',  'f',  0xE9, ' ',
+                                           0x80, ' ', 0x9F, 0x81, '?'};
     EXPECT_EQ(bytes, expected);
     CArchive in = Reader(bytes);
-    EXPECT_EQ(in.ReadString(), "caf\xC3\xA9 \xE2\x82\xAC ?");
+    EXPECT_EQ(in.ReadString(), "caf\xC3\xA9 \xE2\x82\xAC \xC5\xB8\xC2\x81?");
+    // A malformed byte is no character of any script: it stays "?" in the 8-bit form.
+    EXPECT_EQ(Written(
+                  [](CArchive& ar)
+                  {
+                      ar.WriteString("a\xFF"
+                                     "b");
+                  }),
+              (std::vector<uint8_t>{3, 'a', '?', 'b'}));
+}
+
+TEST(ArchiveText, OtherScriptsTakeTheSixteenBitForm)
+{
+    // "Café 😀 日本": the emoji is a surrogate pair, so 10 UTF-16 units.
+    const std::string text = "Caf\xC3\xA9 \xF0\x9F\x98\x80 \xE6\x97\xA5\xE6\x9C\xAC";
+    const auto bytes = Written([&](CArchive& ar) { ar.WriteString(text); });
+    const std::vector<uint8_t> expected = {0xFF, 0xFE, 0xFF, 10, 'C',  0,    'a',  0,
+                                           'f',  0,    0xE9, 0,  ' ',  0,    0x3D, 0xD8,
+                                           0x00, 0xDE, ' ',  0,  0xE5, 0x65, 0x2C, 0x67};
+    EXPECT_EQ(bytes, expected);
+    CArchive in = Reader(bytes);
+    EXPECT_EQ(in.ReadString(), text);
+
+    // Long texts take the longer length prefixes inside the marker, counted in units.
+    for (const size_t units :
+         {size_t(254), size_t(255), size_t(0xFFFD), size_t(0xFFFE), size_t(70000)})
+    {
+        std::string greek;
+        for (size_t i = 0; i < units; ++i)
+            greek += "\xCE\xA9"; // Ω
+        const auto long16 = Written(
+            [&](CArchive& ar)
+            {
+                ar.WriteString(greek);
+                ar.WriteString("end");
+            });
+        const size_t prefix = units < 0xFF ? 1 : units < 0xFFFE ? 3 : 7;
+        ASSERT_EQ(long16.size(), 3 + prefix + 2 * units + 4) << units;
+        CArchive back = Reader(long16);
+        EXPECT_EQ(back.ReadString(), greek) << units;
+        EXPECT_EQ(back.ReadString(), "end") << units;
+        EXPECT_TRUE(back.AtEnd());
+    }
+
+    // What is not a character becomes U+FFFD rather than a lone surrogate in the file.
+    const auto odd = Written([](CArchive& ar) { ar.WriteString("\xE6\x97\xA5\xED\xA0\x80"); });
+    CArchive oddIn = Reader(odd);
+    EXPECT_EQ(oddIn.ReadString(), "\xE6\x97\xA5\xEF\xBF\xBD");
 }
 
 TEST(ArchiveText, SixteenBitMarkerIsReadAsUtf16)

@@ -240,6 +240,16 @@ std::vector<Seed> MakeSeeds()
         const std::string name = CReport::ClassNameOf(CReport::Kind(kind));
         seeds.push_back({"report-" + name.substr(1), OneReport(CReport::Kind(kind))});
     }
+    {
+        // Texts of other scripts, written in the 16-bit form, for the fuzzer to start from.
+        qvtest::SampleDoc s;
+        s.doc->RenameTask(s.audit,
+                          "\xCE\x95\xCE\xBB\xCE\xBB\xCE\xAC\xCE\xB4\xCE\xB1 \xF0\x9F\x98\x80");
+        s.website->m_notes = std::string(300, 'x') + "\xE6\x97\xA5\xE6\x9C\xAC";
+        s.doc->AddActivity("\xD0\x9C\xD0\xBE\xD1\x81\xD0\xBA\xD0\xB2\xD0\xB0");
+        s.doc->SetModifiedFlag(false);
+        seeds.push_back({"texts-of-other-scripts", s.doc->SaveToBytes()});
+    }
     seeds.push_back({"layout-10", Layout10(), false});
     seeds.push_back({"layout-9", Layout9(), false});
     seeds.push_back({"layout-8", Layout8(), false});
