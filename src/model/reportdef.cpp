@@ -109,6 +109,20 @@ bool IsSane(const DetailTail& tail)
     return true;
 }
 
+// A definition kept although neither form read sanely is made sane before it is used:
+// saved as it was read, it could read back in the other form and shift every record
+// after it.
+void MakeSane(DetailTail& tail)
+{
+    if (tail.orientation > 2)
+        tail.orientation = 0;
+    DetailTail fontOnly;
+    fontOnly.font = tail.font;
+    if (!IsSane(fontOnly))
+        tail.font = ReportFont{};
+    std::erase(tail.tasks, 0u);
+}
+
 } // namespace
 
 const char* CReport::ClassNameOf(Kind kind)
@@ -304,7 +318,8 @@ void CReport::Serialize(CArchive& ar)
 void CReport::ReadDetailMembers(CArchive& ar)
 {
     const bool writesReserved = m_kind == timeDetail;
-    auto apply = [this](const DetailTail& tail, bool withReserved) {
+    auto apply = [this](DetailTail tail, bool withReserved) {
+        MakeSane(tail);
         // Only Time Detail writes the member back.
         m_detailReserved = withReserved && m_kind == timeDetail ? tail.reserved : 0;
         m_orientation = tail.orientation;

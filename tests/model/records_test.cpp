@@ -485,15 +485,23 @@ TEST(ReportRecord, DetailDefinitionsLoadWithOrWithoutTheFurtherMember)
 
 TEST(ReportRecord, OddDetailDefinitionStillLoads)
 {
-    // Neither form reads as a sane definition: the one the kind writes is taken.
+    // Neither form reads as a sane definition: the one the kind writes is taken, and its
+    // impossible orientation is replaced. Kept as read, the saved definition could read
+    // back in the other form and shift every record after it (found by the fuzzer).
     for (CReport::Kind kind : {CReport::timeDetail, CReport::expenseDetail, CReport::todoDetail})
     {
         StreamBuilder b;
         DetailDefinition(b, kind, "odd", kind == CReport::timeDetail, 1, 9, -90, 400);
         auto report = ReadOne<CReport>(b, CReport::ClassNameOf(kind));
         ASSERT_TRUE(report) << CReport::ClassNameOf(kind);
-        EXPECT_EQ(report->m_orientation, 9u);
+        EXPECT_EQ(report->m_orientation, 0u);
         EXPECT_EQ(report->m_font.faceName, "Tahoma");
+        EXPECT_EQ(report->m_selectedTasks, (std::vector<uint32_t>{3, 5}));
+        auto back = Reread(*report);
+        EXPECT_EQ(back->m_orientation, 0u);
+        EXPECT_EQ(back->m_font.height, -90);
+        EXPECT_EQ(back->m_selectedTasks, report->m_selectedTasks);
+        EXPECT_EQ(back->m_selectedExpenseTypes, report->m_selectedExpenseTypes);
     }
 }
 
