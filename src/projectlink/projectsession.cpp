@@ -1,5 +1,7 @@
 #include "projectlink/projectsession.h"
 
+#include "projectlink/guardedcomponent.h"
+
 #include "platform/messages.h"
 #include "projectlink/projecttexts.h"
 
@@ -83,7 +85,7 @@ HRESULT CProjectSession::Open(bool writable)
     }
     if (!raw)
         return failCreate(info.library + " does not serve " + info.curVer);
-    m_component.reset(raw);
+    m_component = std::make_unique<CGuardedComponent>(std::unique_ptr<IProjectComponent>(raw));
 
     const HRESULT hr = m_component->Open(m_path, writable);
     if (Failed(hr))
