@@ -109,18 +109,18 @@ bool IsSane(const DetailTail& tail)
     return true;
 }
 
-// A definition kept although neither form read sanely is made sane before it is used:
-// saved as it was read, it could read back in the other form and shift every record
-// after it.
-void MakeSane(DetailTail& tail)
+// A detail definition is made sane before it is used: saved with an impossible
+// orientation or font, or a task id 0, it could read back in the other form, four bytes
+// off, and shift every record after it.
+void MakeSane(uint32_t& orientation, ReportFont& font, std::vector<uint32_t>& tasks)
 {
-    if (tail.orientation > 2)
-        tail.orientation = 0;
+    if (orientation > 2)
+        orientation = 0;
     DetailTail fontOnly;
-    fontOnly.font = tail.font;
+    fontOnly.font = font;
     if (!IsSane(fontOnly))
-        tail.font = ReportFont{};
-    std::erase(tail.tasks, 0u);
+        font = ReportFont{};
+    std::erase(tasks, 0u);
 }
 
 } // namespace
@@ -311,6 +311,8 @@ void CReport::Serialize(CArchive& ar)
             m_selectedPaymentMethods = ar.ReadIdArray();
         }
     }
+    if (IsDetailKind())
+        MakeSane(m_orientation, m_font, m_selectedTasks);
     // From here on it is a definition of its kind like any other.
     m_baseLayout = false;
 }
@@ -319,7 +321,7 @@ void CReport::ReadDetailMembers(CArchive& ar)
 {
     const bool writesReserved = m_kind == timeDetail;
     auto apply = [this](DetailTail tail, bool withReserved) {
-        MakeSane(tail);
+        MakeSane(tail.orientation, tail.font, tail.tasks);
         // Only Time Detail writes the member back.
         m_detailReserved = withReserved && m_kind == timeDetail ? tail.reserved : 0;
         m_orientation = tail.orientation;

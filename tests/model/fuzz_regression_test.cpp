@@ -64,22 +64,28 @@ TEST(FuzzRegression, OlderEndAtMidnightOfTheStartDayIsTheEndOfTheDay)
 
 } // namespace
 
-TEST(FuzzRegression, DetailDefinitionReadInNeitherFormSavesAndReadsBack)
+TEST(FuzzRegression, OddDetailDefinitionsSaveAndReadBackTheSame)
 {
-    // An Expense Detail definition whose orientation reads as impossible in both forms was
-    // kept as read; saved so, it read back in the other form, four bytes off, and the
-    // saved document no longer loaded ("unexpected end of file").
-    std::ifstream in(QV_FUZZ_CORPUS_DIR "/odd-detail-definition.qvx", std::ios::binary);
-    ASSERT_TRUE(in);
-    const std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    platform::ScriptedPrompter prompter;
-    CTimeKeeperDoc doc;
-    ASSERT_EQ(doc.LoadFromBytes(bytes.data(), bytes.size(), prompter).status, LoadResult::loaded);
-    ASSERT_EQ(doc.m_reports.size(), 1u);
+    // A detail definition with an impossible orientation (read sanely in neither form), or
+    // an older one selecting task id 0, was kept as read; saved so, it read back in the
+    // other form, four bytes off: the saved document no longer loaded ("unexpected end of
+    // file"), or saved again to other bytes.
+    for (const char* name : {"odd-detail-definition.qvx", "old-detail-definition-with-task-0.qvx"})
+    {
+        SCOPED_TRACE(name);
+        std::ifstream in(std::string(QV_FUZZ_CORPUS_DIR "/") + name, std::ios::binary);
+        ASSERT_TRUE(in);
+        const std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(in),
+                                         std::istreambuf_iterator<char>()};
+        platform::ScriptedPrompter prompter;
+        CTimeKeeperDoc doc;
+        ASSERT_EQ(doc.LoadFromBytes(bytes.data(), bytes.size(), prompter).status, LoadResult::loaded);
+        ASSERT_EQ(doc.m_reports.size(), 1u);
 
-    const std::vector<uint8_t> saved = doc.SaveToBytes();
-    CTimeKeeperDoc again;
-    const LoadResult reread = again.LoadFromBytes(saved.data(), saved.size(), prompter);
-    ASSERT_EQ(reread.status, LoadResult::loaded) << reread.error;
-    EXPECT_EQ(again.SaveToBytes(), saved);
+        const std::vector<uint8_t> saved = doc.SaveToBytes();
+        CTimeKeeperDoc again;
+        const LoadResult reread = again.LoadFromBytes(saved.data(), saved.size(), prompter);
+        ASSERT_EQ(reread.status, LoadResult::loaded) << reread.error;
+        EXPECT_EQ(again.SaveToBytes(), saved);
+    }
 }
