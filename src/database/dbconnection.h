@@ -102,6 +102,7 @@ public:
     // Undoes the open transaction, if any; never throws (it runs while an error travels).
     virtual void Rollback() noexcept = 0;
 
+    // One writer at a time: finish it before the next statement or writer.
     virtual std::unique_ptr<CRowWriter> WriteRows(const std::string& table,
                                                   const std::vector<std::string>& columns) = 0;
 

@@ -5,6 +5,7 @@
 #include "reports/reportoptions.h"
 
 #include <cstdio>
+#include <cstring>
 #include <mutex>
 
 namespace database
@@ -31,6 +32,20 @@ std::string MonthOf(const CDateTime& date)
     char text[16];
     std::snprintf(text, sizeof text, "%04d-%02d", date.GetYear(), date.GetMonth());
     return text;
+}
+
+// "HH:MM" of a time of day (24:00 included), without the cost of a formatted print:
+// a million entries have two each.
+std::string_view TimeText(const CTinyTime& t, char (&text)[6])
+{
+    const int h = t.GetHour();
+    const int m = t.GetMinute();
+    text[0] = char('0' + h / 10 % 10);
+    text[1] = char('0' + h % 10);
+    text[2] = ':';
+    text[3] = char('0' + m / 10 % 10);
+    text[4] = char('0' + m % 10);
+    return std::string_view(text, 5);
 }
 
 // Where a task sits: its path of names, its depth and its ancestors on the first two
@@ -94,8 +109,6 @@ void CDocumentWriter::WriteTasks()
                   "level_name", "client_id", "project_id", "inactive", "billing_task_id",
                   "billable", "rate", "use_activity_rates", "overtime_multiplier", "task_code",
                   "contact_id", "hours_estimate", "cost_estimate", "notes"});
-    auto rates = m_db.WriteRows("activity_rates",
-                                {"document_id", "task_id", "activity_id", "billable", "rate"});
     for (const auto& [id, owned] : m_doc.m_tasks)
     {
         const CTask& task = *owned;
@@ -125,17 +138,22 @@ void CDocumentWriter::WriteTasks()
         w->Text(task.m_notes);
         w->EndRow();
         ++m_counts.tasks;
-        for (const auto& [activityId, rate] : task.m_activityRates)
+    }
+    w->Finish();
+
+    // A connection takes the rows of one table at a time.
+    auto rates = m_db.WriteRows("activity_rates",
+                                {"document_id", "task_id", "activity_id", "billable", "rate"});
+    for (const auto& [id, task] : m_doc.m_tasks)
+        for (const auto& [activityId, rate] : task->m_activityRates)
         {
             rates->Int(m_documentId);
-            rates->Int(task.m_id);
+            rates->Int(id);
             rates->Int(activityId);
             rates->Bool(rate->m_billable);
             rates->Real(rate->m_rate);
             rates->EndRow();
         }
-    }
-    w->Finish();
     rates->Finish();
 }
 
@@ -146,27 +164,34 @@ void CDocumentWriter::WriteTimeEntries()
                          "start_time", "end_time", "minutes", "hours", "note", "overtime",
                          "custom_billing", "billable", "rate", "amount"});
     const CTinyTime runningEnd = m_doc.RunningEnd();
+    // Tasks by id, looked up a million times.
+    std::vector<const CTask*> tasks(m_doc.m_tasks.empty() ? 1 : m_doc.m_tasks.rbegin()->first + 1);
+    for (const auto& [id, task] : m_doc.m_tasks)
+        tasks[id] = task.get();
     const CTask* root = m_doc.GetRootTask();
+    char start[6];
+    char end[6];
     for (const auto& [key, day] : m_doc.m_days)
     {
         if (day->TimeEntries().empty())
             continue;
         const std::string month = MonthOf(day->GetDate());
+        const std::string date = day->GetDate().Format("%Y-%m-%d");
         for (const auto& owned : day->TimeEntries())
         {
             const CTimeEntry& e = *owned;
             // Reading gives an entry of a task that is not in the file to the root.
-            const CTask* found = m_doc.GetTask(e.m_taskId);
+            const CTask* found = e.m_taskId < tasks.size() ? tasks[e.m_taskId] : nullptr;
             const CTask& task = found ? *found : *root;
             const CTinyElapsedTime elapsed = e.GetElapsed(runningEnd);
             w->Int(m_documentId);
             w->Int(++m_counts.timeEntries);
             w->Int(task.m_id);
             CatalogId(*w, e.m_activityId, 0);
-            w->DateOf(day->GetDate());
+            w->Text(date);
             w->Text(month);
-            w->Text(e.m_start.ToText());
-            e.IsRunning() ? w->Null() : w->Text(e.m_end.ToText());
+            w->Text(TimeText(e.m_start, start));
+            e.IsRunning() ? w->Null() : w->Text(TimeText(e.m_end, end));
             w->Int(elapsed.TotalMinutes());
             w->Real(elapsed.Hours());
             w->Text(e.m_note);
@@ -301,7 +326,6 @@ void CDocumentWriter::WriteReports()
                     "summarize", "time_frame", "rollup", "show_totals", "show_empty_rows",
                     "include_billable", "include_non_billable", "field_flags", "recipient",
                     "terms", "tax_rate", "invoice_number"});
-    auto tasks = m_db.WriteRows("report_tasks", {"document_id", "report_id", "position", "task_id"});
     for (const auto& owned : m_doc.m_reports)
     {
         const CReport& r = *owned;
@@ -328,29 +352,48 @@ void CDocumentWriter::WriteReports()
         invoice && r.m_addTax ? w->Real(r.m_taxRate) : w->Null();
         invoice && r.m_numberMode == 1 ? w->Int(r.m_invoiceNumber) : w->Null();
         w->EndRow();
-        for (size_t i = 0; i < r.m_selectedTasks.size(); ++i)
-        {
-            tasks->Int(m_documentId);
-            tasks->Int(r.m_id);
-            tasks->Int(int64_t(i) + 1);
-            tasks->Int(r.m_selectedTasks[i]);
-            tasks->EndRow();
-        }
     }
     w->Finish();
+
+    auto tasks = m_db.WriteRows("report_tasks", {"document_id", "report_id", "position", "task_id"});
+    for (const auto& r : m_doc.m_reports)
+        for (size_t i = 0; i < r->m_selectedTasks.size(); ++i)
+        {
+            tasks->Int(m_documentId);
+            tasks->Int(r->m_id);
+            tasks->Int(int64_t(i) + 1);
+            tasks->Int(r->m_selectedTasks[i]);
+            tasks->EndRow();
+        }
     tasks->Finish();
 }
 
 std::string DocumentFingerprint(const std::vector<uint8_t>& fileBytes, const std::string& sourcePath,
                                 const CTimeKeeperDoc& doc)
 {
-    // 64-bit FNV-1a: not a guard against anyone, only a test for change.
+    // Not a guard against anyone, only a test for change: eight bytes at a time, each step
+    // a multiply and a fold (the bytes of a large document take a few milliseconds).
     uint64_t hash = 0xcbf29ce484222325ull;
-    auto add = [&hash](const void* data, size_t size)
+    auto mix = [&hash](uint64_t word)
+    {
+        const unsigned __int128 product =
+            static_cast<unsigned __int128>(hash ^ word) * 0x9e3779b97f4a7c15ull;
+        hash = (uint64_t(product) ^ uint64_t(product >> 64)) + 0x632be59bd9b4e019ull;
+    };
+    auto add = [&mix](const void* data, size_t size)
     {
         const auto* p = static_cast<const uint8_t*>(data);
-        for (size_t i = 0; i < size; ++i)
-            hash = (hash ^ p[i]) * 0x100000001b3ull;
+        size_t i = 0;
+        for (; i + 8 <= size; i += 8)
+        {
+            uint64_t word;
+            std::memcpy(&word, p + i, 8);
+            mix(word);
+        }
+        uint64_t tail = size; // the length tells "ab" + "c" from "a" + "bc"
+        for (; i < size; ++i)
+            tail = (tail << 8) | p[i];
+        mix(tail);
     };
     add(fileBytes.data(), fileBytes.size());
     add(sourcePath.data(), sourcePath.size() + 1);

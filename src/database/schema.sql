@@ -4,6 +4,9 @@
 -- Every document synced with `qvx db sync` is one row of `documents`; every other table
 -- holds that document's records under its `document_id`, and a sync replaces them all at
 -- once. Ids (`id`, `task_id`, ...) are the document's own: unique within one document.
+-- There are no foreign keys: checking one for each of a million rows would cost more than
+-- the rows themselves, and the program writes a document's records all together.
+-- `qvx db rm` removes a document from every table.
 -- Dates are ISO dates (YYYY-MM-DD), months YYYY-MM, times of day HH:MM (24:00 is the
 -- end of the day). Amounts and rates are in the documents' currency.
 -- docs/database.md describes every column.
@@ -29,7 +32,7 @@ CREATE TABLE documents (
 );
 
 CREATE TABLE tasks (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     parent_id INTEGER,
     name TEXT NOT NULL,
@@ -55,7 +58,7 @@ CREATE TABLE tasks (
 );
 
 CREATE TABLE activity_rates (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     task_id INTEGER NOT NULL,
     activity_id INTEGER NOT NULL,
     billable BOOLEAN NOT NULL,
@@ -64,7 +67,7 @@ CREATE TABLE activity_rates (
 );
 
 CREATE TABLE time_entries (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     task_id INTEGER NOT NULL,
     activity_id INTEGER,
@@ -84,7 +87,7 @@ CREATE TABLE time_entries (
 );
 
 CREATE TABLE expenses (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     task_id INTEGER NOT NULL,
     expense_date DATE NOT NULL,
@@ -101,7 +104,7 @@ CREATE TABLE expenses (
 );
 
 CREATE TABLE todos (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     task_id INTEGER NOT NULL,
     description TEXT NOT NULL,
@@ -114,14 +117,14 @@ CREATE TABLE todos (
 );
 
 CREATE TABLE activities (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     name TEXT NOT NULL,
     PRIMARY KEY (document_id, id)
 );
 
 CREATE TABLE expense_types (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     name TEXT NOT NULL,
     mileage BOOLEAN NOT NULL,
@@ -129,7 +132,7 @@ CREATE TABLE expense_types (
 );
 
 CREATE TABLE payment_methods (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     name TEXT NOT NULL,
     account_number TEXT NOT NULL,
@@ -138,7 +141,7 @@ CREATE TABLE payment_methods (
 );
 
 CREATE TABLE contacts (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     display_name TEXT NOT NULL,
     first_name TEXT NOT NULL,
@@ -153,7 +156,7 @@ CREATE TABLE contacts (
 );
 
 CREATE TABLE reports (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     id INTEGER NOT NULL,
     name TEXT NOT NULL,
     kind TEXT NOT NULL,
@@ -176,7 +179,7 @@ CREATE TABLE reports (
 );
 
 CREATE TABLE report_tasks (
-    document_id INTEGER NOT NULL REFERENCES documents (id) ON DELETE CASCADE,
+    document_id INTEGER NOT NULL,
     report_id INTEGER NOT NULL,
     position INTEGER NOT NULL,
     task_id INTEGER NOT NULL,

@@ -50,8 +50,9 @@ private:
 class SqliteRowWriter : public CRowWriter
 {
 public:
-    SqliteRowWriter(const CSqliteConnection& owner, sqlite3* db, const std::string& sql)
-        : m_statement(owner, db, sql)
+    SqliteRowWriter(const CSqliteConnection& owner, sqlite3* db, const std::string& sql,
+                    size_t columns)
+        : m_statement(owner, db, sql), m_texts(columns)
     {
     }
     void Null() override { Check(sqlite3_bind_null(m_statement.Get(), ++m_column)); }
@@ -65,8 +66,12 @@ public:
     }
     void Text(std::string_view value) override
     {
-        Check(sqlite3_bind_text(m_statement.Get(), ++m_column, value.data(), int(value.size()),
-                                SQLITE_TRANSIENT));
+        // Each column keeps its text until the row is stored, in a buffer that is reused
+        // row after row, so SQLite need not copy it.
+        std::string& kept = m_texts.at(size_t(m_column));
+        kept.assign(value);
+        Check(sqlite3_bind_text(m_statement.Get(), ++m_column, kept.data(), int(kept.size()),
+                                SQLITE_STATIC));
     }
     void Bool(bool value) override { Int(value ? 1 : 0); }
     void EndRow() override
@@ -86,6 +91,7 @@ private:
     }
 
     Statement m_statement;
+    std::vector<std::string> m_texts;
     int m_column = 0;
 };
 
@@ -110,7 +116,9 @@ std::unique_ptr<CSqliteConnection> CSqliteConnection::Open(const std::string& pa
     if (!existed && !create)
         throw CDatabaseError(CDatabaseError::connect, "there is no database '" + path + "'");
     sqlite3* db = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0);
+    // One connection, one thread: SQLite's own locking would only cost time.
+    const int flags =
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
     const int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
     if (rc != SQLITE_OK)
     {
@@ -257,7 +265,7 @@ std::unique_ptr<CRowWriter> CSqliteConnection::WriteRows(const std::string& tabl
         values += (i ? ", ?" : "?") + std::to_string(i + 1);
     }
     sql += ") VALUES (" + values + ")";
-    return std::make_unique<SqliteRowWriter>(*this, m_db, sql);
+    return std::make_unique<SqliteRowWriter>(*this, m_db, sql, columns.size());
 }
 
 void CSqliteConnection::DiscardIfCreated() noexcept
