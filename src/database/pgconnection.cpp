@@ -178,10 +178,10 @@ void CPgConnection::Check(PGresult* result, int expected, const std::string& doi
     if (result && PQresultStatus(result) == expected)
         return;
     Result owned{result};
-    if (!result || PQstatus(m_conn) != CONNECTION_OK)
-        FailConnection(doing);
-    const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+    const char* state = result ? PQresultErrorField(result, PG_DIAG_SQLSTATE) : nullptr;
     const std::string code = state ? state : "";
+    if (code.empty() && PQstatus(m_conn) != CONNECTION_OK)
+        FailConnection(doing);
     std::string message = FirstLine(PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY));
     if (message.empty())
         message = FirstLine(PQresultErrorMessage(result));
