@@ -255,13 +255,13 @@ void RegisterDatabaseCommands(CommandTable& table)
                            "task's name). A document already there under that name is replaced whole, in\n"
                            "one transaction with the others; one that did not change since its last sync\n"
                            "is left as it is. The documents are only read (a document open in the desktop\n"
-                           "program as last saved). A missing SQLite file is created, with the schema.\n") +
+                           "program as last saved). A missing SQLite file is created, with the schema.\n\n") +
                    kTargetNote,
                true});
     table.Add({"db schema", "[TARGET]",
                "print the team database's schema, or create it in TARGET", Schema,
                std::string("Without TARGET the schema's SQL is printed (the same for SQLite and\n"
-                           "PostgreSQL). With TARGET it is created there unless it is there already.\n") +
+                           "PostgreSQL). With TARGET it is created there unless it is there already.\n\n") +
                    kTargetNote,
                true});
     table.Add({"db list", "TARGET", "list the documents in a team database", List, kTargetNote, true});
