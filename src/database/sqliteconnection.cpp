@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -122,7 +123,12 @@ std::unique_ptr<CSqliteConnection> CSqliteConnection::Open(const std::string& pa
     const int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
     if (rc != SQLITE_OK)
     {
-        const int err = db ? sqlite3_system_errno(db) : 0;
+        int err = db ? sqlite3_system_errno(db) : 0;
+        // The last system error need not be the one that stopped it: say why a new file
+        // could not be made where one cannot be.
+        const std::string folder = std::filesystem::path(path).parent_path().string();
+        if (!existed && ::access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) != 0)
+            err = errno;
         sqlite3_close(db);
         throw CDatabaseError(rc == SQLITE_PERM || err == EACCES ? CDatabaseError::permission
                                                                : CDatabaseError::connect,
@@ -157,6 +163,10 @@ std::string CSqliteConnection::Describe() const { return "SQLite database '" + m
 void CSqliteConnection::Fail(int code, const std::string& doing) const
 {
     const std::string detail = m_db ? sqlite3_errmsg(m_db) : sqlite3_errstr(code);
+    if (code == SQLITE_READONLY_DIRECTORY)
+        throw CDatabaseError(CDatabaseError::permission,
+                             "cannot write beside the database '" + m_path +
+                                 "': its folder must be writable (" + detail + ")");
     switch (code & 0xFF)
     {
     case SQLITE_READONLY:
