@@ -4,15 +4,9 @@
 #include "database/sqliteconnection.h"
 
 #include <cctype>
-#include <cstdio>
 
 namespace database
 {
-
-void CRowWriter::FormatDate(char* text, int year, int month, int day)
-{
-    std::snprintf(text, 16, "%04d-%02d-%02d", year, month, day);
-}
 
 bool IsPostgresTarget(std::string_view target)
 {

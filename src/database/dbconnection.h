@@ -57,19 +57,7 @@ public:
     // Sends what is left; the rows are part of the transaction from here on.
     virtual void Finish() = 0;
 
-    // "YYYY-MM-DD", or NULL for a date that is not valid.
-    template <class Date> void DateOf(const Date& date)
-    {
-        if (!date.IsValid())
-            return Null();
-        char text[16];
-        FormatDate(text, date.GetYear(), date.GetMonth(), date.GetDay());
-        Text(text);
-    }
     void OptionalInt(int64_t value, bool present) { present ? Int(value) : Null(); }
-
-private:
-    static void FormatDate(char* text, int year, int month, int day);
 };
 
 // One open database. The program's statements are fixed texts with numbered

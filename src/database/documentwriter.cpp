@@ -26,6 +26,12 @@ void CatalogId(CRowWriter& w, uint32_t id, uint32_t none)
     w.OptionalInt(id, id != none);
 }
 
+// "YYYY-MM-DD", or NULL for a date that is not valid.
+void DateOf(CRowWriter& w, const CDateTime& date)
+{
+    date.IsValid() ? w.Text(date.Format("%Y-%m-%d")) : w.Null();
+}
+
 // "YYYY-MM" of a day.
 std::string MonthOf(const CDateTime& date)
 {
@@ -216,6 +222,7 @@ void CDocumentWriter::WriteExpenses()
         if (day->ExpenseEntries().empty())
             continue;
         const std::string month = MonthOf(day->GetDate());
+        const std::string date = day->GetDate().Format("%Y-%m-%d");
         for (const auto& owned : day->ExpenseEntries())
         {
             const CExpenseEntry& e = *owned;
@@ -223,7 +230,7 @@ void CDocumentWriter::WriteExpenses()
             w->Int(m_documentId);
             w->Int(++m_counts.expenses);
             w->Int(e.m_taskId);
-            w->DateOf(day->GetDate());
+            w->Text(date);
             w->Text(month);
             CatalogId(*w, e.m_expenseTypeId, uint32_t(-1));
             CatalogId(*w, e.m_paymentMethodId, uint32_t(-1));
@@ -251,8 +258,8 @@ void CDocumentWriter::WriteToDos()
         w->Text(e.m_description);
         w->Text(e.m_note);
         w->Text(e.m_priority);
-        w->DateOf(e.m_dueDate);
-        w->DateOf(completed);
+        DateOf(*w, e.m_dueDate);
+        DateOf(*w, completed);
         w->Bool(e.m_imported);
         w->EndRow();
     };
@@ -337,8 +344,8 @@ void CDocumentWriter::WriteReports()
         w->Text(r.m_name);
         w->Text(reports::KindKeyword(r.m_kind));
         w->Text(reports::PresetKeyword(r.m_preset));
-        custom ? w->DateOf(r.m_startDate) : w->Null();
-        custom ? w->DateOf(r.m_endDate) : w->Null();
+        custom ? DateOf(*w, r.m_startDate) : w->Null();
+        custom ? DateOf(*w, r.m_endDate) : w->Null();
         grid ? w->Text(reports::SummarizeLabel(r.m_summarizeLevel, m_doc)) : w->Null();
         grid ? w->Text(reports::TimeFrameLabel(r.m_timeFrame)) : w->Null();
         r.IsSummaryKind() ? w->Bool(r.m_rollup) : w->Null();
