@@ -34,27 +34,28 @@ echo "generating the documents..." >&2
 "$qvx" demo ten.qvx --years 10 --seed 7 >/dev/null
 "$qvx" demo million.qvx --years 256 --seed 7 >/dev/null
 
-# Best wall-clock seconds of `runs` runs of a command; `prepare` runs untimed before each.
+# "WALL (CPU)": the best wall-clock seconds of `runs` runs of a command, and the CPU seconds
+# (user and system) of qvx in that run; `prepare` runs untimed before each. qvx's CPU time is
+# the whole work for SQLite; for PostgreSQL the server's share is not in it.
 best() {
   local prepare=$1
   shift
-  local bestTime=""
+  local result="999999 0"
   for _ in $(seq "$runs"); do
     eval "$prepare"
-    local start end
-    start=$(date +%s.%N)
-    "$@" >/dev/null
-    end=$(date +%s.%N)
-    bestTime=$(echo "$start $end ${bestTime:-999999}" | awk '{d = $2 - $1; print (d < $3 ? d : $3)}')
+    local t
+    t=$( { TIMEFORMAT='%R %U %S'; time "$@" >/dev/null 2>&1; } 2>&1 )
+    result=$(echo "$t $result" | awk '{ if ($1 < $4) print $1, $2 + $3; else print $4, $5 }')
   done
-  printf "%.2f" "$bestTime"
+  echo "$result" | awk '{ printf "%.2f (%.2f)", $1, $2 }'
 }
 
-pgsql() { psql -X -q -At "$QV_PG_CONNINFO dbname=$1" -c "$2"; }
+pgsql() { psql -X -q -At "$QV_PG_CONNINFO dbname=$1" -c "SET client_min_messages = warning" -c "$2"; }
 
 megabytes() { awk -v b="$1" 'BEGIN { printf "%.1f", b / 1048576 }'; }
 
-printf "%-14s %-10s %12s %10s %10s %10s %9s  %s\n" document database "time entries" added unchanged replaced "size MB" target
+echo "seconds: best wall clock of $runs runs (CPU of qvx in it)"
+printf "%-12s %-10s %9s %13s %13s %13s %8s  %s\n" document database entries added unchanged replaced "size MB" target
 for doc in ten million; do
   entries=$("$qvx" check $doc.qvx | sed -n 's/.* \([0-9]*\) time entries.*/\1/p')
   cp $doc.qvx moved-$doc.qvx
@@ -65,8 +66,8 @@ for doc in ten million; do
   unchanged=$(best "" "$qvx" db sync $doc.db $doc.qvx)
   replaced=$(best "$qvx db sync $doc.db $doc.qvx >/dev/null" "$qvx" db sync $doc.db moved-$doc.qvx --as "Synthetic User")
   target=""
-  [ $doc = million ] && target="add <= $sqlite_target s: $(awk -v t="$added" -v g=$sqlite_target 'BEGIN { print (t <= g ? "met" : "missed") }')"
-  printf "%-14s %-10s %12s %10s %10s %10s %9s  %s\n" $doc.qvx SQLite "$entries" "$added" "$unchanged" "$replaced" "$size" "$target"
+  [ $doc = million ] && target="add <= $sqlite_target s: $(awk -v t="${added%% *}" -v g=$sqlite_target 'BEGIN { print (t <= g ? "met" : "missed") }')"
+  printf "%-12s %-10s %9s %13s %13s %13s %8s  %s\n" $doc.qvx SQLite "$entries" "$added" "$unchanged" "$replaced" "$size" "$target"
 
   if [ -n "${QV_PG_UNAVAILABLE:-}" ]; then
     echo "PostgreSQL skipped: $QV_PG_UNAVAILABLE" >&2
@@ -84,6 +85,6 @@ for doc in ten million; do
   unchanged=$(best "" "$qvx" db sync "$pg" $doc.qvx)
   replaced=$(best "$qvx db sync '$pg' $doc.qvx >/dev/null" "$qvx" db sync "$pg" moved-$doc.qvx --as "Synthetic User")
   target=""
-  [ $doc = million ] && target="add <= $postgres_target s: $(awk -v t="$added" -v g=$postgres_target 'BEGIN { print (t <= g ? "met" : "missed") }')"
-  printf "%-14s %-10s %12s %10s %10s %10s %9s  %s\n" $doc.qvx PostgreSQL "$entries" "$added" "$unchanged" "$replaced" "$size" "$target"
+  [ $doc = million ] && target="add <= $postgres_target s: $(awk -v t="${added%% *}" -v g=$postgres_target 'BEGIN { print (t <= g ? "met" : "missed") }')"
+  printf "%-12s %-10s %9s %13s %13s %13s %8s  %s\n" $doc.qvx PostgreSQL "$entries" "$added" "$unchanged" "$replaced" "$size" "$target"
 done
