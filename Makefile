@@ -33,6 +33,7 @@ run: demo
 bench: build
 	@$(BUILD)/bench/qv_bench
 	@if [ -x $(BUILD)/bench/qv_gui_bench ]; then $(BUILD)/bench/qv_gui_bench; fi
+	@bench/db_bench.sh $(BUILD)
 
 # Ten minutes of the document-loading fuzzer (clang with libFuzzer and the sanitizers).
 fuzz: deps

@@ -25,6 +25,9 @@ struct Command
     std::string summary; // one line for the help text
     std::function<int(Context&)> run;
     std::string details; // further lines for "qvx help COMMAND"; may be empty
+    // Works on the files as they lie on disk and is never handed to a desktop program
+    // that holds one of them.
+    bool local = false;
 };
 
 class CommandTable
@@ -47,5 +50,6 @@ void RegisterTimerCommands(CommandTable& table);
 void RegisterReportCommands(CommandTable& table);
 void RegisterOptionsCommands(CommandTable& table);
 void RegisterProjectCommands(CommandTable& table);
+void RegisterDatabaseCommands(CommandTable& table);
 
 } // namespace cli

@@ -182,7 +182,10 @@ int Run(sd_bus* bus, const std::string& name, const std::string& path, const Com
 std::optional<int> ForwardToProgram(const CommandLine& line)
 {
     size_t used = 0;
-    if (line.words.empty() || line.words[0] == "help" || !AllCommands().Find(line.words, used))
+    if (line.words.empty() || line.words[0] == "help")
+        return std::nullopt;
+    const Command* command = AllCommands().Find(line.words, used);
+    if (!command || command->local)
         return std::nullopt;
     std::vector<std::string> held;
     for (size_t i = used; i < line.words.size(); ++i)

@@ -130,7 +130,7 @@ void DocSession::FailLoad(const std::string& path, const LoadResult& result)
     throw CommandError("'" + path + "' is not a readable document: " + result.error + backup);
 }
 
-void DocSession::OpenForReading(const std::string& path)
+void DocSession::OpenForReading(const std::string& path, std::vector<uint8_t>* bytesRead)
 {
     // Reads in a hosting program see its document as it stands, unsaved changes included.
     if (DocumentHost* host = HostFor(path))
@@ -139,13 +139,15 @@ void DocSession::OpenForReading(const std::string& path)
         m_path = path;
         return;
     }
-    const std::vector<uint8_t> bytes = ReadWholeFile(path);
+    std::vector<uint8_t> bytes = ReadWholeFile(path);
     QuietPrompter quiet(m_prompter);
     const LoadResult result = m_doc->LoadFromBytes(bytes.data(), bytes.size(), quiet);
     if (result.status != LoadResult::loaded)
         FailLoad(path, result);
     m_doc->SetPathName(path);
     m_path = path;
+    if (bytesRead)
+        *bytesRead = std::move(bytes);
 }
 
 void DocSession::OpenForChange(const std::string& path)

@@ -18,8 +18,9 @@ public:
     explicit DocSession(TerminalPrompter& prompter);
     ~DocSession();
 
-    // Loads the file for reading only; throws CommandError naming what failed.
-    void OpenForReading(const std::string& path);
+    // Loads the file for reading only; throws CommandError naming what failed. `bytesRead`,
+    // when given, receives the file's contents as read (none for a hosting program's document).
+    void OpenForReading(const std::string& path, std::vector<uint8_t>* bytesRead = nullptr);
     // Opens the file held for writing; throws CommandError when it is read-only here.
     void OpenForChange(const std::string& path);
     // Saves the document to the path it was opened from.
