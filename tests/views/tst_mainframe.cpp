@@ -13,7 +13,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -60,6 +62,8 @@ private slots:
     void timePaneIsPaddedToNinePlaces();
     void savesPlacementAndPaneSizes();
     void startUpCreatesANewDocumentWhenOpeningFails();
+    void firstSaveProposesAFolderThatExistsAndAsksAgainAfterAFailure();
+    void fileDialogsStartInTheDocumentsFolderElseTheLastOneUsed();
     void secondWindowOpensTheFileReadOnly();
     void closingAModifiedDocumentFollowsTheAutoSaveRule();
     void archivesAndDeletesEntries();
@@ -576,6 +580,51 @@ void TestMainFrame::startUpCreatesANewDocumentWhenOpeningFails()
     f.frame->StartUp(QString());
     QCOMPARE(QString::fromStdString(f.doc.GetPathName()), created);
     QCOMPARE(f.doc.GetRootTask()->m_name, std::string("Lee Example"));
+}
+
+void TestMainFrame::firstSaveProposesAFolderThatExistsAndAsksAgainAfterAFailure()
+{
+    ViewFixture f;
+    QFile plain(f.Path(QStringLiteral("plain")));
+    QVERIFY(plain.open(QIODevice::WriteOnly));
+    QVERIFY(QDir(f.dir.path()).mkdir(QStringLiteral("folder.qvx")));
+    const QString typed = f.Path(QStringLiteral("New/Hours/Pat Doe.qvx"));
+    f.frame->employeeName = QStringLiteral("Pat Doe");
+    f.frame->saveNames = {f.Path(QStringLiteral("plain/Pat Doe.qvx")), f.Path(QStringLiteral("folder.qvx")), typed};
+    QVERIFY(f.frame->NewDocument());
+    QCOMPARE(f.frame->proposals, QStringList({f.Path(QStringLiteral("Pat Doe.qvx")),
+                                              f.Path(QStringLiteral("plain/Pat Doe.qvx")), f.Path(QStringLiteral("folder.qvx"))}));
+    const std::vector<std::string>& messages = f.prompter.Messages();
+    QCOMPARE(messages.size(), size_t(2));
+    QVERIFY2(messages[0].find("could not be created: Not a directory") != std::string::npos, messages[0].c_str());
+    QCOMPARE(messages[1], "The file '" + f.Path(QStringLiteral("folder.qvx")).toStdString() +
+                              "' could not be saved: Is a directory.");
+    QCOMPARE(QString::fromStdString(f.doc.GetPathName()), typed);
+    QCOMPARE(f.doc.GetRootTask()->m_name, std::string("Pat Doe"));
+    QVERIFY(QFile::exists(typed));
+}
+
+void TestMainFrame::fileDialogsStartInTheDocumentsFolderElseTheLastOneUsed()
+{
+    ViewFixture f;
+    f.frame->Action(QStringLiteral("fileOpen"))->trigger();
+    QCOMPARE(f.frame->openFolder, f.dir.path());
+
+    // Without a document: the documents folder where it exists, else home; then the last one used.
+    QTemporaryDir home;
+    const QByteArray savedHome = qgetenv("HOME");
+    qputenv("HOME", home.path().toLocal8Bit());
+    CTimeKeeperDoc none;
+    CTestFrame fresh(*f.app, none, f.prompter);
+    const QString first = fresh.FileDialogFolder();
+    QVERIFY(QDir(home.path()).mkdir(QStringLiteral("Documents")));
+    const QString second = fresh.FileDialogFolder();
+    fresh.openName = f.Path(QStringLiteral("Elsewhere.qvx"));
+    fresh.Action(QStringLiteral("fileOpen"))->trigger();
+    qputenv("HOME", savedHome);
+    QCOMPARE(first, home.path());
+    QCOMPARE(second, home.filePath(QStringLiteral("Documents")));
+    QCOMPARE(fresh.FileDialogFolder(), f.dir.path());
 }
 
 void TestMainFrame::secondWindowOpensTheFileReadOnly()
