@@ -30,6 +30,7 @@ private slots:
     void landscapeReportPreviewsLandscapeAndThePrinterGetsItsOwnBack();
     void pageSetupShowsAndStoresMarginsInTheLocalesUnit();
     void exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole();
+    void previewShowsTheNumberPrintingWillGiveWithoutUsingItUp();
     void mainWindowCommandsActOnTheOneSelectedReport();
 };
 
@@ -139,6 +140,24 @@ void TestPreview::exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole()
     QCOMPARE(fix.m_app->GetInvoiceNumber(), next + 1);
     QVERIFY(!print::ExportReportPdf(nullptr, fix.m_doc, *fix.m_app, prompter, 999, path, &error));
     QVERIFY(!error.isEmpty());
+}
+
+void TestPreview::previewShowsTheNumberPrintingWillGiveWithoutUsingItUp()
+{
+    RenderFixture fix;
+    TempDir dir;
+    CReport* invoice = fix.ReportOfKind(CReport::invoice);
+    QCOMPARE(invoice->m_invoiceNumber, 0);
+    const int next = fix.m_app->GetInvoiceNumber();
+    std::unique_ptr<QPrintPreviewDialog> dialog(print::CreatePreviewDialog(nullptr, fix.m_doc, *fix.m_app, invoice->m_id));
+    QPrinter pages(QPrinter::HighResolution);
+    pages.setOutputFormat(QPrinter::PdfFormat);
+    pages.setOutputFileName(QString::fromStdString(dir.File("preview.pdf")));
+    emit dialog->paintRequested(&pages);
+    const std::string text = PdfText(dir.File("preview.pdf"));
+    QVERIFY2(text.find("Invoice: " + std::to_string(next) + "\n") != std::string::npos, text.c_str());
+    QCOMPARE(invoice->m_invoiceNumber, 0);
+    QCOMPARE(fix.m_app->GetInvoiceNumber(), next);
 }
 
 void TestPreview::mainWindowCommandsActOnTheOneSelectedReport()
