@@ -354,6 +354,8 @@ CExpenseEntrySheet::CExpenseEntrySheet(CMainFrame& frame, CExpenseEntry& entry, 
     m_mileageRate->setValue(entry.m_distance > 0 ? entry.m_amount / entry.m_distance : doc.m_defaultMileageRate);
     UpdateMileageFields();
     connect(m_type, &QComboBox::currentIndexChanged, this, &CExpenseEntrySheet::OnTypeChosen);
+    connect(m_driven, &QSpinBox::valueChanged, this, &CExpenseEntrySheet::UpdateMileageAmount);
+    connect(m_mileageRate, &QDoubleSpinBox::valueChanged, this, &CExpenseEntrySheet::UpdateMileageAmount);
     m_pages->addTab(page, tr("General"));
     resize(420, sizeHint().height());
 }
@@ -376,6 +378,14 @@ void CExpenseEntrySheet::OnTypeChosen()
     if (IsMileage())
         m_mileageRate->setValue(m_frame.Doc().m_defaultMileageRate);
     UpdateMileageFields();
+    UpdateMileageAmount();
+}
+
+void CExpenseEntrySheet::UpdateMileageAmount()
+{
+    // The amount shown is the one OK will store.
+    if (IsMileage())
+        m_amount->SetValue(CExpenseEntry::MileageAmount(m_driven->value(), float(m_mileageRate->value())));
 }
 
 bool CExpenseEntrySheet::Apply()

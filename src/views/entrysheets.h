@@ -122,6 +122,7 @@ private:
     bool IsMileage() const;
     void OnTypeChosen();
     void UpdateMileageFields();
+    void UpdateMileageAmount();
 
     CExpenseEntry& m_entry;
     QComboBox* m_type;

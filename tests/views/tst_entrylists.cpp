@@ -274,24 +274,29 @@ void TestEntryLists::expensePageComputesMileageAndMovesExpenses()
 
     double offeredRate = 0;
     bool amountEnabled = true;
+    QStringList amountsShown; // the amount field follows the type, distance and rate
     ViewFixture::WhenDialogShows([&](QDialog* sheet) {
         auto* type = Field<QComboBox>(sheet, "type");
+        auto* amount = Field<CCurrencyEdit>(sheet, "amount");
         type->setCurrentIndex(type->findData(CExpenseType::kMileageId));
         offeredRate = Field<QDoubleSpinBox>(sheet, "mileageRate")->value();
-        amountEnabled = Field<CCurrencyEdit>(sheet, "amount")->isEnabled();
-        Field<QSpinBox>(sheet, "driven")->setValue(10);
-        Field<QDoubleSpinBox>(sheet, "mileageRate")->setValue(0.375);
+        amountEnabled = amount->isEnabled();
+        Field<QSpinBox>(sheet, "driven")->setValue(84);
+        amountsShown << amount->text();
+        Field<QDoubleSpinBox>(sheet, "mileageRate")->setValue(0.670);
+        amountsShown << amount->text();
         sheet->accept();
     });
     f.frame->Action(QStringLiteral("insertExpense"))->trigger();
     QCOMPARE(offeredRate, 0.58);
     QVERIFY(!amountEnabled);
+    QCOMPARE(amountsShown, QStringList({"$48.72", "$56.28"}));
     QCOMPARE(f.doc.CountExpenseEntries(), size_t(1));
     CExpenseEntry* expense = f.doc.GetDay(kToday)->ExpenseEntries().front().get();
-    QCOMPARE(expense->m_amount, 3.75);
-    QCOMPARE(expense->m_distance, 10.0f);
+    QCOMPARE(expense->m_amount, 56.28);
+    QCOMPARE(expense->m_distance, 84.0f);
     QCOMPARE(expense->m_expenseTypeId, CExpenseType::kMileageId);
-    QCOMPARE(list->RowTexts(0), QStringList({"Acme", "Mileage", "$3.75"}));
+    QCOMPARE(list->RowTexts(0), QStringList({"Acme", "Mileage", "$56.28"}));
 
     // Moving to the same date changes nothing.
     f.frame->SaveDocument();
@@ -309,7 +314,7 @@ void TestEntryLists::expensePageComputesMileageAndMovesExpenses()
 
     // Task view: date, type, note and amount.
     f.frame->SetViewType(1);
-    QCOMPARE(list->RowTexts(0), QStringList({"03/15/2024", "Mileage", "", "$3.75"}));
+    QCOMPARE(list->RowTexts(0), QStringList({"03/15/2024", "Mileage", "", "$56.28"}));
 }
 
 void TestEntryLists::toDoPageChecksDescriptionAndCompletesOnShownDay()
