@@ -5,9 +5,13 @@
 #include "testsupport.h"
 #include "views/projects/projectdialogs.h"
 #include "views/projects/projectsdlg.h"
+#include "views/projects/qtprojectlinkui.h"
 
 #include <QCheckBox>
 #include <QDateEdit>
+#include <QFileDialog>
+#include <QTemporaryDir>
+#include <QTimer>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -23,6 +27,7 @@ private slots:
     void WarningsButtonsStayAtThirds();
     void ParentTaskAndResourceMustBeChosenOrConfirmed();
     void UpdateProjectOffersOnlyWhatIsPossible();
+    void PlanFileDialogOffersAllPlanFilesAndTheFileTypePicksTheComponent();
 };
 
 void TestProjectDialogs::ProjectsListSelectionAndDelete()
@@ -128,11 +133,62 @@ void TestProjectDialogs::UpdateProjectOffersOnlyWhatIsPossible()
     QVERIFY(!chosen.updateCost && !chosen.includeBilling && !chosen.updateWorkEstimates);
     QVERIFY(chosen.from == qvtest::Day(2024, 6, 10));
     QVERIFY(chosen.to == qvtest::Day(2024, 6, 12));
+    // Four-digit years, as everywhere else; the program's own picture when it gives one.
+    QVERIFY2(dialog.findChild<QDateEdit*>(QStringLiteral("from"))->text().endsWith(QStringLiteral("2024")),
+             qPrintable(dialog.findChild<QDateEdit*>(QStringLiteral("from"))->text()));
+    CUpdateProjectDlg pictured(o, nullptr, QStringLiteral("dd.MM.yyyy"));
+    QCOMPARE(pictured.findChild<QDateEdit*>(QStringLiteral("to"))->text(), QStringLiteral("12.06.2024"));
 
     projectlink::UpdateOptions readOnly;
     readOnly.from = readOnly.to = qvtest::Day(2024, 6, 12);
     CUpdateProjectDlg none(readOnly);
     QVERIFY(!none.findChild<QDateEdit*>(QStringLiteral("from"))->isEnabled());
+}
+
+void TestProjectDialogs::PlanFileDialogOffersAllPlanFilesAndTheFileTypePicksTheComponent()
+{
+    QTemporaryDir dir;
+    auto doc = qvtest::NewDoc();
+    platform::ScriptedPrompter prompter;
+    CQtProjectLinkUi ui(*doc, prompter, nullptr, dir.path());
+    std::vector<projectlink::CComponentInfo> components(3);
+    components[0].progId = "Gantt";
+    components[0].filter = "GanttProject|*.gan";
+    components[1].progId = "Xml";
+    components[1].filter = "Project XML|*.xml;*.mspdi";
+    components[2].progId = "OtherXml";
+    components[2].filter = "Other XML|*.xml";
+    // The file, the filter chosen (0: all plan files) and the component expected.
+    const struct
+    {
+        const char* file;
+        int filter;
+        const char* progId;
+    } cases[] = {{"Rollout.xml", 1, "Xml"}, {"House.gan", 0, "Gantt"}, {"Rollout.xml", 3, "OtherXml"},
+                 {"Notes.txt", 2, "Xml"}};
+    QStringList offered;
+    QString startedIn;
+    for (const auto& c : cases)
+    {
+        const QString path = dir.filePath(QString::fromLatin1(c.file));
+        QFile(path).open(QIODevice::WriteOnly);
+        QTimer::singleShot(0, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            offered = dialog->nameFilters();
+            startedIn = dialog->directory().absolutePath();
+            dialog->selectNameFilter(offered.value(c.filter));
+            dialog->selectFile(path);
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        std::string chosen;
+        std::string progId;
+        QVERIFY(ui.ChooseProjectFile(components, std::string(), chosen, progId));
+        QCOMPARE(QString::fromStdString(chosen), path);
+        QCOMPARE(QString::fromStdString(progId), QString::fromLatin1(c.progId));
+    }
+    QCOMPARE(offered.value(0), QStringLiteral("All plan files (*.gan *.xml *.mspdi)"));
+    QCOMPARE(startedIn, QDir(dir.path()).absolutePath());
 }
 
 QTEST_MAIN(TestProjectDialogs)
