@@ -80,6 +80,9 @@ CPropertySheet::CPropertySheet(CMainFrame& frame, const QString& caption, QWidge
     : QDialog(parent), m_frame(frame), m_pages(new QTabWidget(this))
 {
     setWindowTitle(caption);
+    // The sheet is never narrower than its row of tabs: every title shows whole.
+    m_pages->setUsesScrollButtons(false);
+    m_pages->setElideMode(Qt::ElideNone);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_pages, 1);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);

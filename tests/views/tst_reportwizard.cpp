@@ -26,6 +26,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QToolBar>
@@ -860,6 +861,12 @@ void TestReportWizard::propertySheetsHoldTheKindsPages()
         QVERIFY(sheet);
         QCOMPARE(sheet->metaObject()->className(), e.className);
         QCOMPARE(sheet->PageTitles(), e.pages);
+        // Every tab's title shows whole, without scrolling the tab row.
+        sheet->show();
+        QVERIFY(QTest::qWaitForWindowExposed(sheet.get()));
+        QTabBar* bar = sheet->Pages()->tabBar();
+        QVERIFY2(bar->width() >= bar->sizeHint().width(), e.className);
+        QVERIFY(bar->tabRect(bar->count() - 1).right() < bar->width());
         if (e.kind == CReport::invoice)
         {
             // The invoice has no rollup and no totals.
