@@ -3,6 +3,7 @@
 #include "app/timekeeperapp.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
+#include "views/catalogorder.h"
 #include "views/gotodatedlg.h"
 #include "views/icons.h"
 #include "views/mainframe.h"
@@ -177,8 +178,8 @@ CTimeEntryPropertySheet::CTimeEntryPropertySheet(CMainFrame& frame, CDay& day, C
         m_end->SetTime(QTime(endMinutes / 60, endMinutes % 60));
     }
     m_activity->addItem(QString(), 0u);
-    for (const auto& [id, activity] : doc.m_activities)
-        m_activity->addItem(ToQ(activity->m_name), id);
+    for (const auto& [id, name] : ByName(doc.m_activities))
+        m_activity->addItem(name, id);
     m_activity->setCurrentIndex(std::max(0, m_activity->findData(entry.m_activityId)));
     m_note->setPlainText(ToQ(entry.m_note));
 
@@ -342,12 +343,12 @@ CExpenseEntrySheet::CExpenseEntrySheet(CMainFrame& frame, CExpenseEntry& entry, 
     form->addRow(QString(), m_billable);
     form->addRow(tr("&Payment Method:"), m_payment);
     form->addRow(tr("&Note:"), m_note);
-    for (const auto& [id, type] : doc.m_expenseTypes)
-        m_type->addItem(ToQ(type->m_name), id);
+    for (const auto& [id, name] : ByName(doc.m_expenseTypes))
+        m_type->addItem(name, id);
     m_type->setCurrentIndex(m_type->findData(entry.m_expenseTypeId));
     m_payment->addItem(QString(), uint32_t(-1));
-    for (const auto& [id, method] : doc.m_paymentMethods)
-        m_payment->addItem(ToQ(method->m_name), id);
+    for (const auto& [id, name] : ByName(doc.m_paymentMethods))
+        m_payment->addItem(name, id);
     m_payment->setCurrentIndex(std::max(0, m_payment->findData(entry.m_paymentMethodId)));
     m_billable->setChecked(entry.m_billable);
     m_note->setPlainText(ToQ(entry.m_note));
@@ -672,8 +673,8 @@ void CTaskProperties::FillContacts(uint32_t select)
     CTimeKeeperDoc& doc = m_frame.Doc();
     m_contact->clear();
     m_contact->addItem(QString(), 0u);
-    for (const auto& [id, contact] : doc.m_contacts)
-        m_contact->addItem(ToQ(contact->GetDisplayName()), id);
+    for (const auto& [id, name] : ByName(doc.m_contacts))
+        m_contact->addItem(name, id);
     m_contact->setCurrentIndex(std::max(0, m_contact->findData(select)));
 }
 
@@ -682,13 +683,13 @@ void CTaskProperties::FillActivityRates()
     CTimeKeeperDoc& doc = m_frame.Doc();
     const int current = m_activityRates->currentItem() ? m_activityRates->indexOfTopLevelItem(m_activityRates->currentItem()) : -1;
     m_activityRates->clear();
-    for (const auto& [id, activity] : doc.m_activities)
+    for (const auto& [id, name] : ByName(doc.m_activities))
     {
         QString text = tr("<default>");
         auto it = m_rates.find(id);
         if (it != m_rates.end())
             text = it->second.billable ? m_currency.Format(it->second.rate) : tr("Not billable");
-        auto* item = new QTreeWidgetItem(m_activityRates, {ToQ(activity->m_name), text});
+        auto* item = new QTreeWidgetItem(m_activityRates, {name, text});
         item->setData(0, Qt::UserRole, id);
         item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
     }
@@ -926,14 +927,13 @@ void CContactsDlg::Fill(uint32_t select)
     CTimeKeeperDoc& doc = m_frame.Doc();
     std::lock_guard lock(doc.GetLock());
     m_list->clear();
-    for (const auto& [id, contact] : doc.m_contacts)
+    for (const auto& [id, name] : ByName(doc.m_contacts))
     {
-        auto* item = new QListWidgetItem(ToQ(contact->GetDisplayName()), m_list);
+        auto* item = new QListWidgetItem(name, m_list);
         item->setData(Qt::UserRole, id);
         if (id == select)
             m_list->setCurrentItem(item);
     }
-    m_list->sortItems();
     UpdateButtons();
 }
 

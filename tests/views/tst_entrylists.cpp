@@ -58,6 +58,7 @@ private slots:
     void contactsNeedANameAndDeleteWithAQuestion();
     void taskPropertiesKeepActivityRates();
     void pageSwitchSavesColumnWidths();
+    void catalogDropDownsAreInNameOrder();
 };
 
 void TestEntryLists::timePageSortsAndDeletesWithConfirmation()
@@ -534,6 +535,45 @@ void TestEntryLists::pageSwitchSavesColumnWidths()
 }
 
 #include "tst_entrylists.moc"
+
+void TestEntryLists::catalogDropDownsAreInNameOrder()
+{
+    ViewFixture f;
+    const uint32_t a = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Acme");
+    {
+        std::lock_guard lock(f.doc.GetLock());
+        for (const char* name : {"Travel", "design", "Audit"})
+            f.doc.AddActivity(name);
+        for (const char* name : {"Visa", "cash"})
+            f.doc.AddPaymentMethod(name);
+        for (const char* name : {"Young", "best", "Adams"})
+            f.doc.AddContact()->m_last = name;
+    }
+    CTimeEntry time;
+    time.m_taskId = a;
+    CExpenseEntry expense;
+    expense.m_taskId = a;
+    CTimeEntryPropertySheet timeSheet(*f.frame, *f.doc.GetOrCreateDay(kToday), time);
+    CExpenseEntrySheet expenseSheet(*f.frame, expense);
+    CTaskProperties taskSheet(*f.frame, *f.Task(a));
+    const auto texts = [](const QComboBox* box) {
+        QStringList t;
+        for (int i = 0; i < box->count(); ++i)
+            if (!box->itemText(i).isEmpty())
+                t << box->itemText(i);
+        return t;
+    };
+    QStringList rates;
+    for (int i = 0; i < taskSheet.ActivityRates()->topLevelItemCount(); ++i)
+        rates << taskSheet.ActivityRates()->topLevelItem(i)->text(0);
+    const QStringList activities{"Audit", "design", "Travel"};
+    QCOMPARE(texts(timeSheet.ActivityField()), activities);
+    QCOMPARE(rates, activities);
+    QCOMPARE(texts(expenseSheet.PaymentField()), QStringList({"cash", "Visa"}));
+    QCOMPARE(texts(taskSheet.ContactField()), QStringList({"Adams", "best", "Young"}));
+    const QStringList types = texts(expenseSheet.TypeField());
+    QCOMPARE(types.mid(types.indexOf(QStringLiteral("Postage")), 4), QStringList({"Postage", "Taxi", "Telephone", "Tips"}));
+}
 
 int RunEntryListTests(int argc, char** argv)
 {
