@@ -30,7 +30,9 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QToolBar>
+#include <QRegularExpression>
 #include <QTreeWidget>
+#include <QWizardPage>
 
 #include <functional>
 #include <mutex>
@@ -216,6 +218,7 @@ private slots:
     void propertySheetsHoldTheKindsPages();
     void propertySheetCancelKeepsAndOkChanges();
     void reportsPageRunsWizardAndSheets();
+    void textsReadWithoutSlips();
 };
 
 void TestReportWizard::pageFlowFollowsTheKind_data()
@@ -289,7 +292,7 @@ void TestReportWizard::checksRefuseWithTheirMessageAndFocus()
     w.next();
     QCOMPARE(w.currentId(), int(P::pageType));
     QCOMPARE(LastMessage(f), Msg(40003));
-    QCOMPARE(LastMessage(f), std::string("Select a the type for the report."));
+    QCOMPARE(LastMessage(f), std::string("Select the type for the report."));
     QCOMPARE(w.focusWidget(), w.TypePage()->KindButton(CReport::timeDetail));
 
     w.TypePage()->KindButton(CReport::expenseSummary)->setChecked(true);
@@ -1071,6 +1074,40 @@ void TestReportWizard::reportsPageRunsWizardAndSheets()
 }
 
 #include "tst_reportwizard.moc"
+
+void TestReportWizard::textsReadWithoutSlips()
+{
+    ViewFixture f;
+    CReportSheet wizard(*f.frame);
+    std::unique_ptr<CReport> draft = CReport::Create(CReport::invoice);
+    draft->m_name = "Sheet";
+    std::unique_ptr<CReportProperties> sheet =
+        CreateReportProperties(*f.frame, *f.doc.GetReport(AddReportFromDraft(f.doc, *draft)));
+    QStringList shown; // as a person reads them: "&&" is "&", a single "&" marks a mnemonic
+    for (QWidget* top : {static_cast<QWidget*>(&wizard), static_cast<QWidget*>(sheet.get())})
+    {
+        for (const QWizardPage* page : top->findChildren<QWizardPage*>())
+            shown << page->title() << page->subTitle();
+        for (const QLabel* label : top->findChildren<QLabel*>())
+            shown << label->text();
+        for (const QAbstractButton* button : top->findChildren<QAbstractButton*>())
+            shown << button->text().replace(QStringLiteral("&&"), QStringLiteral("\x01")).remove(u'&').replace(u'\x01', u'&');
+    }
+    // Messages are pieced together, so only their words are read.
+    QStringList messages;
+    for (unsigned id = 0; id < 50000; ++id)
+        if (const std::string text = platform::LoadString(id); !text.empty())
+            messages << ToQ(text);
+    const QRegularExpression padded(QStringLiteral("^\\s|\\s$"));
+    const QRegularExpression slip(QStringLiteral("\\b(\\w+) \\1\\b|\\b(a|an) (a|an|the)\\b|\\ban [b-df-gj-np-tv-z]|\\bis the \\w+ would\\b"),
+                                  QRegularExpression::CaseInsensitiveOption);
+    QStringList slips;
+    for (const QString& text : shown + messages)
+        if (text.contains(slip) || (shown.contains(text) && text.contains(padded)))
+            slips << u'"' + text + u'"';
+    QVERIFY2(slips.isEmpty(), qPrintable(slips.join(QStringLiteral(", "))));
+    QVERIFY(shown.contains(QStringLiteral("Time & Expense Summary")));
+}
 
 int RunReportWizardTests(int argc, char** argv)
 {

@@ -194,7 +194,7 @@ uint32_t CReportTaskTree::SelectedTaskId() const
 
 CFilterList::CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& groupTitle,
                          QWidget* parent)
-    : QWidget(parent), m_catalog(catalog), m_all(new QRadioButton(Tr("All "))),
+    : QWidget(parent), m_catalog(catalog), m_all(new QRadioButton(Tr("All"))),
       m_selected(new QRadioButton(Tr("Selected"))), m_list(new QListWidget)
 {
     m_all->setObjectName(QStringLiteral("all"));
