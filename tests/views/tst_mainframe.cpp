@@ -97,6 +97,10 @@ void TestMainFrame::addsTasksOfEachLevel()
         insert->trigger();
         const CTask* task = tree->SelectedTask();
         QVERIFY(task);
+        // It opens in rename mode with its name selected.
+        auto* editor = qobject_cast<QLineEdit*>(tree->indexWidget(tree->currentIndex()));
+        QVERIFY(editor);
+        QCOMPARE(editor->selectedText(), expected[level - 1]);
         QCOMPARE(int(task->m_level), level);
         QCOMPARE(task->m_parentId, parent);
         QCOMPARE(QString::fromStdString(task->m_name), expected[level - 1]);
