@@ -14,6 +14,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
+#include <QFocusEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -157,6 +158,7 @@ CTimeEntryPropertySheet::CTimeEntryPropertySheet(CMainFrame& frame, CDay& day, C
     m_multiplier->setSingleStep(0.5);
     m_note->setTabChangesFocus(true);
     m_note->setMinimumHeight(60);
+    m_note->installEventFilter(this);
 
     std::unique_lock lock(doc.GetLock());
     const CTask* task = doc.GetTask(entry.m_taskId);
@@ -225,6 +227,19 @@ CTimeEntryPropertySheet::CTimeEntryPropertySheet(CMainFrame& frame, CDay& day, C
     m_pages->addTab(page, tr("General"));
     m_start->setFocus();
     resize(420, sizeHint().height());
+}
+
+bool CTimeEntryPropertySheet::eventFilter(QObject* watched, QEvent* event)
+{
+    // Reached by the keyboard, the note is selected as a line's text would be: a note
+    // taken over from the task's last one is replaced by what the person types.
+    if (watched == m_note && event->type() == QEvent::FocusIn)
+    {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason)
+            m_note->selectAll();
+    }
+    return CPropertySheet::eventFilter(watched, event);
 }
 
 void CTimeEntryPropertySheet::UpdateBilling()

@@ -82,6 +82,7 @@ public:
 
 protected:
     bool Apply() override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void UpdateBilling();

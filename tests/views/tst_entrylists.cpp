@@ -59,6 +59,7 @@ private slots:
     void taskPropertiesKeepActivityRates();
     void pageSwitchSavesColumnWidths();
     void catalogDropDownsAreInNameOrder();
+    void typingReplacesTheNoteTakenFromTheTask();
 };
 
 void TestEntryLists::timePageSortsAndDeletesWithConfirmation()
@@ -573,6 +574,24 @@ void TestEntryLists::catalogDropDownsAreInNameOrder()
     QCOMPARE(texts(taskSheet.ContactField()), QStringList({"Adams", "best", "Young"}));
     const QStringList types = texts(expenseSheet.TypeField());
     QCOMPARE(types.mid(types.indexOf(QStringLiteral("Postage")), 4), QStringList({"Postage", "Taxi", "Telephone", "Tips"}));
+}
+
+void TestEntryLists::typingReplacesTheNoteTakenFromTheTask()
+{
+    ViewFixture f;
+    CTimeEntry entry;
+    entry.m_taskId = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Acme");
+    entry.m_start = CTinyTime(9, 0);
+    entry.m_end = CTinyTime(10, 0);
+    entry.m_note = "Drive to Northwind plant";
+    CTimeEntryPropertySheet sheet(*f.frame, *f.doc.GetOrCreateDay(kToday), entry);
+    sheet.show();
+    QVERIFY(QTest::qWaitForWindowActive(&sheet));
+    sheet.ActivityField()->setFocus();
+    QTest::keyClick(sheet.ActivityField(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), sheet.NoteField());
+    QTest::keyClicks(sheet.NoteField(), QStringLiteral("Controls review, interviews"));
+    QCOMPARE(sheet.NoteField()->toPlainText(), QStringLiteral("Controls review, interviews"));
 }
 
 int RunEntryListTests(int argc, char** argv)
