@@ -1115,19 +1115,22 @@ QString CMainFrame::FileDialogFolder() const
 QString CMainFrame::ChooseSaveFile(const QString& caption, const QString& proposed, const QString& filter)
 {
     QString start = proposed;
-    if (QFileInfo(start).isRelative())
-        start = QDir(FileDialogFolder()).filePath(start);
     for (;;)
     {
+        // A bare name, or one whose folder is not there, starts where the dialogs start.
+        if (QFileInfo(start).isRelative() || !QFileInfo(QFileInfo(start).absolutePath()).isDir())
+            start = QDir(FileDialogFolder()).filePath(QFileInfo(start).fileName());
         const QString path = AskSaveFileName(caption, start, filter);
         if (path.isEmpty())
             return path;
         const QString folder = QFileInfo(path).absolutePath();
-        m_lastFolder = folder;
         std::error_code error;
         std::filesystem::create_directories(std::filesystem::path(FromQ(folder)), error);
         if (!error)
+        {
+            m_lastFolder = folder;
             return path;
+        }
         m_prompter.ShowMessage(
             FromQ(tr("The folder '%1' could not be created: %2.").arg(folder, ToQ(error.message()))),
             platform::Icon::error);
