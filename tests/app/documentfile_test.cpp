@@ -168,26 +168,6 @@ TEST(DocumentFile, OpeningReportsMissingAndDamagedFiles)
     EXPECT_FALSE(CSharedDoc::HasBackup(damaged));
 }
 
-TEST(DocumentFile, SavingWhereNoFileCanBeMadeGivesTheSystemsReason)
-{
-    ScratchDir dir;
-    auto doc = qvtest::NewDoc();
-    ScriptedPrompter prompter;
-    WriteText(dir.File("plain"), "x");
-    const struct
-    {
-        std::string path;
-        const char* reason;
-    } cases[] = {{dir.File("Documents/Pat Doe.qvx"), "No such file or directory"},
-                 {dir.File("plain/Pat Doe.qvx"), "Not a directory"}};
-    for (const auto& c : cases)
-    {
-        EXPECT_FALSE(doc->OnSaveDocument(c.path, prompter));
-        EXPECT_EQ(prompter.Messages().back(), "The file '" + c.path + "' could not be saved: " + c.reason + ".");
-    }
-    EXPECT_TRUE(doc->GetPathName().empty());
-}
-
 TEST(DocumentFile, FailedCopyOrWriteAlwaysLeavesALoadableCopy)
 {
     ScratchDir dir;

@@ -63,7 +63,6 @@ private slots:
     void savesPlacementAndPaneSizes();
     void startUpCreatesANewDocumentWhenOpeningFails();
     void firstSaveProposesAFolderThatExistsAndAsksAgainAfterAFailure();
-    void fileDialogsStartInTheDocumentsFolderElseTheLastOneUsed();
     void secondWindowOpensTheFileReadOnly();
     void closingAModifiedDocumentFollowsTheAutoSaveRule();
     void archivesAndDeletesEntries();
@@ -97,10 +96,8 @@ void TestMainFrame::addsTasksOfEachLevel()
         insert->trigger();
         const CTask* task = tree->SelectedTask();
         QVERIFY(task);
-        // It opens in rename mode with its name selected.
-        auto* editor = qobject_cast<QLineEdit*>(tree->indexWidget(tree->currentIndex()));
-        QVERIFY(editor);
-        QCOMPARE(editor->selectedText(), expected[level - 1]);
+        auto* rename = qobject_cast<QLineEdit*>(tree->indexWidget(tree->currentIndex()));
+        QVERIFY(rename && rename->selectedText() == expected[level - 1]); // typing replaces the name
         QCOMPARE(int(task->m_level), level);
         QCOMPARE(task->m_parentId, parent);
         QCOMPARE(QString::fromStdString(task->m_name), expected[level - 1]);
@@ -589,46 +586,28 @@ void TestMainFrame::startUpCreatesANewDocumentWhenOpeningFails()
 void TestMainFrame::firstSaveProposesAFolderThatExistsAndAsksAgainAfterAFailure()
 {
     ViewFixture f;
-    QFile plain(f.Path(QStringLiteral("plain")));
-    QVERIFY(plain.open(QIODevice::WriteOnly));
-    QVERIFY(QDir(f.dir.path()).mkdir(QStringLiteral("folder.qvx")));
-    const QString typed = f.Path(QStringLiteral("New/Hours/Pat Doe.qvx"));
-    f.frame->employeeName = QStringLiteral("Pat Doe");
-    f.frame->saveNames = {f.Path(QStringLiteral("plain/Pat Doe.qvx")), f.Path(QStringLiteral("folder.qvx")), typed};
-    QVERIFY(f.frame->NewDocument());
-    QCOMPARE(f.frame->proposals, QStringList({f.Path(QStringLiteral("Pat Doe.qvx")), f.Path(QStringLiteral("Pat Doe.qvx")),
-                                              f.Path(QStringLiteral("folder.qvx"))}));
-    const std::vector<std::string>& messages = f.prompter.Messages();
-    QCOMPARE(messages.size(), size_t(2));
-    QVERIFY2(messages[0].find("could not be created: Not a directory") != std::string::npos, messages[0].c_str());
-    QCOMPARE(messages[1], "The file '" + f.Path(QStringLiteral("folder.qvx")).toStdString() +
-                              "' could not be saved: Is a directory.");
-    QCOMPARE(QString::fromStdString(f.doc.GetPathName()), typed);
-    QCOMPARE(f.doc.GetRootTask()->m_name, std::string("Pat Doe"));
-    QVERIFY(QFile::exists(typed));
-}
-
-void TestMainFrame::fileDialogsStartInTheDocumentsFolderElseTheLastOneUsed()
-{
-    ViewFixture f;
+    QDir(f.dir.path()).mkdir(QStringLiteral("folder.qvx"));
+    QFile(f.Path(QStringLiteral("plain"))).open(QIODevice::WriteOnly);
     f.frame->Action(QStringLiteral("fileOpen"))->trigger();
-    QCOMPARE(f.frame->openFolder, f.dir.path());
+    QCOMPARE(f.frame->openFolder, f.dir.path()); // the document's folder, then the last one used
+    const QString typed = f.Path(QStringLiteral("New/Pat Doe.qvx")), folder = f.Path(QStringLiteral("folder.qvx"));
+    f.frame->employeeName = QStringLiteral("Pat Doe");
+    f.frame->saveNames = {f.Path(QStringLiteral("plain/Pat Doe.qvx")), folder, typed};
+    QVERIFY(f.frame->NewDocument());
+    QCOMPARE(f.frame->proposals, QStringList({f.Path(QStringLiteral("Pat Doe.qvx")), f.Path(QStringLiteral("Pat Doe.qvx")), folder}));
+    QCOMPARE(f.prompter.Messages().back(), "The file '" + folder.toStdString() + "' could not be saved: Is a directory.");
+    QVERIFY(f.doc.GetRootTask()->m_name == "Pat Doe" && QFile::exists(typed));
 
-    // Without a document: the documents folder where it exists, else home; then the last one used.
+    // Without a document or a folder used: the documents folder where it exists, else home.
     QTemporaryDir home;
     const QByteArray savedHome = qgetenv("HOME");
     qputenv("HOME", home.path().toLocal8Bit());
     CTimeKeeperDoc none;
-    CTestFrame fresh(*f.app, none, f.prompter);
-    const QString first = fresh.FileDialogFolder();
-    QVERIFY(QDir(home.path()).mkdir(QStringLiteral("Documents")));
-    const QString second = fresh.FileDialogFolder();
-    fresh.openName = f.Path(QStringLiteral("Elsewhere.qvx"));
-    fresh.Action(QStringLiteral("fileOpen"))->trigger();
+    const QString first = CTestFrame(*f.app, none, f.prompter).FileDialogFolder();
+    QDir(home.path()).mkdir(QStringLiteral("Documents"));
+    const QString second = CTestFrame(*f.app, none, f.prompter).FileDialogFolder();
     qputenv("HOME", savedHome);
-    QCOMPARE(first, home.path());
-    QCOMPARE(second, home.filePath(QStringLiteral("Documents")));
-    QCOMPARE(fresh.FileDialogFolder(), f.dir.path());
+    QVERIFY(first == home.path() && second == home.filePath(QStringLiteral("Documents")));
 }
 
 void TestMainFrame::secondWindowOpensTheFileReadOnly()

@@ -33,7 +33,7 @@ public:
     QStringList asked;     // captions of the save questions
     QStringList proposals; // and the files they proposed
     QString openName;
-    QString openFolder;    // where the last Open question started
+    QString openFolder;
     bool archiveAnswer = false;
     ArchiveOptions archiveOptions;
     QList<uint32_t> viewedReports; // "View report when done" shows nothing in a test
@@ -42,11 +42,7 @@ public:
 
 protected:
     QString AskEmployeeName() override { return employeeName; }
-    QString AskOpenFileName(const QString& folder) override
-    {
-        openFolder = folder;
-        return openName;
-    }
+    QString AskOpenFileName(const QString& folder) override { return openFolder = folder, openName; }
     QString AskSaveFileName(const QString& caption, const QString& proposed, const QString&) override
     {
         asked.append(caption);
