@@ -149,8 +149,16 @@ bool CSharedDoc::OnSaveDocument(const std::string& path, platform::Prompter& pro
     const std::string inUse = platform::FormatPrintf(kInUse, path);
     const bool sameFile = m_heldFile && m_heldFile->GetPath() == path;
     std::unique_ptr<platform::SharedFile> newFile;
+    int openError = 0;
     if (!sameFile)
-        newFile = platform::SharedFile::OpenShared(path, true, nullptr, m_holdKind);
+        newFile = platform::SharedFile::OpenShared(path, true, &openError, m_holdKind);
+    // "In use" only for a lock held by another program; any other failure (a missing
+    // folder, no permission) is told with the system's reason.
+    if (!sameFile && !newFile && openError != EAGAIN)
+    {
+        prompter.ShowMessage(WriteError(path, std::strerror(openError), false), platform::Icon::error);
+        return false;
+    }
     if (sameFile ? m_readOnly.load() : !newFile || newFile->IsReadOnly())
     {
         prompter.ShowMessage(inUse, platform::Icon::warning);

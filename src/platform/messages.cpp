@@ -25,7 +25,7 @@ const std::unordered_map<unsigned, const char*>& Table()
         {40002, "Due to rounding of the active time entry, it has the same start and end time. "
                 "Would you like to delete it?\n\nAnswering 'No' will round the end time to the "
                 "nearest minute."},
-        {40003, "Select a the type for the report."},
+        {40003, "Select the type for the report."},
         {40006, "Select a time frame to summarize this report by."},
         {40007, "Select a task level to summarize this report by."},
         {40008, "Enter a name for this report."},
@@ -44,7 +44,7 @@ const std::unordered_map<unsigned, const char*>& Table()
         {40026, "Cannot move Task:  The source task was imported from a project."},
         {40027, "Cannot add entry:  The task is a project summary task."},
         {40028, "Cannot move To Do entry:  The entry was imported from a project."},
-        {40029, "This file was created with an newer version of Quorvane Time & Expense.  It "
+        {40029, "This file was created with a newer version of Quorvane Time & Expense.  It "
                 "cannot be loaded with this version."},
         {40030, "Error %1 accessing Registry - %2."},
         {40031, "Error initializing project management interface %1."},
@@ -52,7 +52,7 @@ const std::unordered_map<unsigned, const char*>& Table()
         {40033, "Cannot move entry:  The destination task is a project summary task."},
         {41003, "Are you sure you want to delete the "},
         {41004, " and all its sub tasks?"},
-        {41005, "Task has entries.  Would you like to rollup all entries to the "},
+        {41005, "Task has entries.  Would you like to roll up all entries to the "},
         {41006, "?\n\nAnswering No will delete all entries."},
         {41008, "Are you sure you want to delete the selected Time Entry?"},
         {41009, "Are you sure you want to delete the selected Expense Entry?"},

@@ -28,7 +28,7 @@ const Named kKinds[] = {
     {"expense-summary", "Expense Summary", CReport::expenseSummary},
     {"todo-detail", "To Do Detail", CReport::todoDetail},
     {"invoice", "Invoice", CReport::invoice},
-    {"time-expense-summary", "Time & Expense Summay", CReport::timeExpenseSummary},
+    {"time-expense-summary", "Time & Expense Summary", CReport::timeExpenseSummary},
     {"billing-summary", "Billing Summary", CReport::billingSummary},
 };
 

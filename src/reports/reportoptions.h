@@ -17,7 +17,7 @@ namespace reports
 // "current-week", "billing-rate") and the labels the program shows. Parsers take
 // a keyword or a label, ignoring case; a refusal names what is accepted.
 
-// "Time Detail", ..., "Time & Expense Summay" (the wizard's labels), empty when unknown.
+// "Time Detail", ..., "Time & Expense Summary" (the wizard's labels), empty when unknown.
 std::string KindLabel(uint32_t kind);
 std::string KindKeyword(uint32_t kind);
 std::optional<uint32_t> ParseKind(std::string_view text);

@@ -3,6 +3,7 @@
 #include "app/timekeeperapp.h"
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
+#include "views/catalogorder.h"
 #include "views/gotodatedlg.h"
 #include "views/icons.h"
 #include "views/mainframe.h"
@@ -13,6 +14,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
+#include <QFocusEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -80,6 +82,9 @@ CPropertySheet::CPropertySheet(CMainFrame& frame, const QString& caption, QWidge
     : QDialog(parent), m_frame(frame), m_pages(new QTabWidget(this))
 {
     setWindowTitle(caption);
+    // The sheet is never narrower than its row of tabs: every title shows whole.
+    m_pages->setUsesScrollButtons(false);
+    m_pages->setElideMode(Qt::ElideNone);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_pages, 1);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
@@ -153,6 +158,7 @@ CTimeEntryPropertySheet::CTimeEntryPropertySheet(CMainFrame& frame, CDay& day, C
     m_multiplier->setSingleStep(0.5);
     m_note->setTabChangesFocus(true);
     m_note->setMinimumHeight(60);
+    m_note->installEventFilter(this);
 
     std::unique_lock lock(doc.GetLock());
     const CTask* task = doc.GetTask(entry.m_taskId);
@@ -174,8 +180,8 @@ CTimeEntryPropertySheet::CTimeEntryPropertySheet(CMainFrame& frame, CDay& day, C
         m_end->SetTime(QTime(endMinutes / 60, endMinutes % 60));
     }
     m_activity->addItem(QString(), 0u);
-    for (const auto& [id, activity] : doc.m_activities)
-        m_activity->addItem(ToQ(activity->m_name), id);
+    for (const auto& [id, name] : ByName(doc.m_activities))
+        m_activity->addItem(name, id);
     m_activity->setCurrentIndex(std::max(0, m_activity->findData(entry.m_activityId)));
     m_note->setPlainText(ToQ(entry.m_note));
 
@@ -221,6 +227,19 @@ CTimeEntryPropertySheet::CTimeEntryPropertySheet(CMainFrame& frame, CDay& day, C
     m_pages->addTab(page, tr("General"));
     m_start->setFocus();
     resize(420, sizeHint().height());
+}
+
+bool CTimeEntryPropertySheet::eventFilter(QObject* watched, QEvent* event)
+{
+    // Reached by the keyboard, the note is selected as a line's text would be: a note
+    // taken over from the task's last one is replaced by what the person types.
+    if (watched == m_note && event->type() == QEvent::FocusIn)
+    {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason)
+            m_note->selectAll();
+    }
+    return CPropertySheet::eventFilter(watched, event);
 }
 
 void CTimeEntryPropertySheet::UpdateBilling()
@@ -339,12 +358,12 @@ CExpenseEntrySheet::CExpenseEntrySheet(CMainFrame& frame, CExpenseEntry& entry, 
     form->addRow(QString(), m_billable);
     form->addRow(tr("&Payment Method:"), m_payment);
     form->addRow(tr("&Note:"), m_note);
-    for (const auto& [id, type] : doc.m_expenseTypes)
-        m_type->addItem(ToQ(type->m_name), id);
+    for (const auto& [id, name] : ByName(doc.m_expenseTypes))
+        m_type->addItem(name, id);
     m_type->setCurrentIndex(m_type->findData(entry.m_expenseTypeId));
     m_payment->addItem(QString(), uint32_t(-1));
-    for (const auto& [id, method] : doc.m_paymentMethods)
-        m_payment->addItem(ToQ(method->m_name), id);
+    for (const auto& [id, name] : ByName(doc.m_paymentMethods))
+        m_payment->addItem(name, id);
     m_payment->setCurrentIndex(std::max(0, m_payment->findData(entry.m_paymentMethodId)));
     m_billable->setChecked(entry.m_billable);
     m_note->setPlainText(ToQ(entry.m_note));
@@ -354,6 +373,8 @@ CExpenseEntrySheet::CExpenseEntrySheet(CMainFrame& frame, CExpenseEntry& entry, 
     m_mileageRate->setValue(entry.m_distance > 0 ? entry.m_amount / entry.m_distance : doc.m_defaultMileageRate);
     UpdateMileageFields();
     connect(m_type, &QComboBox::currentIndexChanged, this, &CExpenseEntrySheet::OnTypeChosen);
+    connect(m_driven, &QSpinBox::valueChanged, this, &CExpenseEntrySheet::UpdateMileageAmount);
+    connect(m_mileageRate, &QDoubleSpinBox::valueChanged, this, &CExpenseEntrySheet::UpdateMileageAmount);
     m_pages->addTab(page, tr("General"));
     resize(420, sizeHint().height());
 }
@@ -376,6 +397,14 @@ void CExpenseEntrySheet::OnTypeChosen()
     if (IsMileage())
         m_mileageRate->setValue(m_frame.Doc().m_defaultMileageRate);
     UpdateMileageFields();
+    UpdateMileageAmount();
+}
+
+void CExpenseEntrySheet::UpdateMileageAmount()
+{
+    // The amount shown is the one OK will store.
+    if (IsMileage())
+        m_amount->SetValue(CExpenseEntry::MileageAmount(m_driven->value(), float(m_mileageRate->value())));
 }
 
 bool CExpenseEntrySheet::Apply()
@@ -659,8 +688,8 @@ void CTaskProperties::FillContacts(uint32_t select)
     CTimeKeeperDoc& doc = m_frame.Doc();
     m_contact->clear();
     m_contact->addItem(QString(), 0u);
-    for (const auto& [id, contact] : doc.m_contacts)
-        m_contact->addItem(ToQ(contact->GetDisplayName()), id);
+    for (const auto& [id, name] : ByName(doc.m_contacts))
+        m_contact->addItem(name, id);
     m_contact->setCurrentIndex(std::max(0, m_contact->findData(select)));
 }
 
@@ -669,13 +698,13 @@ void CTaskProperties::FillActivityRates()
     CTimeKeeperDoc& doc = m_frame.Doc();
     const int current = m_activityRates->currentItem() ? m_activityRates->indexOfTopLevelItem(m_activityRates->currentItem()) : -1;
     m_activityRates->clear();
-    for (const auto& [id, activity] : doc.m_activities)
+    for (const auto& [id, name] : ByName(doc.m_activities))
     {
         QString text = tr("<default>");
         auto it = m_rates.find(id);
         if (it != m_rates.end())
             text = it->second.billable ? m_currency.Format(it->second.rate) : tr("Not billable");
-        auto* item = new QTreeWidgetItem(m_activityRates, {ToQ(activity->m_name), text});
+        auto* item = new QTreeWidgetItem(m_activityRates, {name, text});
         item->setData(0, Qt::UserRole, id);
         item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
     }
@@ -913,14 +942,13 @@ void CContactsDlg::Fill(uint32_t select)
     CTimeKeeperDoc& doc = m_frame.Doc();
     std::lock_guard lock(doc.GetLock());
     m_list->clear();
-    for (const auto& [id, contact] : doc.m_contacts)
+    for (const auto& [id, name] : ByName(doc.m_contacts))
     {
-        auto* item = new QListWidgetItem(ToQ(contact->GetDisplayName()), m_list);
+        auto* item = new QListWidgetItem(name, m_list);
         item->setData(Qt::UserRole, id);
         if (id == select)
             m_list->setCurrentItem(item);
     }
-    m_list->sortItems();
     UpdateButtons();
 }
 

@@ -82,6 +82,7 @@ public:
 
 protected:
     bool Apply() override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void UpdateBilling();
@@ -122,6 +123,7 @@ private:
     bool IsMileage() const;
     void OnTypeChosen();
     void UpdateMileageFields();
+    void UpdateMileageAmount();
 
     CExpenseEntry& m_entry;
     QComboBox* m_type;

@@ -49,6 +49,7 @@
 #include <QTreeWidget>
 #include <QUrl>
 
+#include <filesystem>
 #include <limits>
 #include <mutex>
 
@@ -132,9 +133,11 @@ void CMainFrame::CreateActions()
     connect(make("fileOpen", tr("&Open..."), QKeySequence::Open), &QAction::triggered, this, [this] {
         if (!SaveModified())
             return;
-        const QString path = AskOpenFileName();
-        if (!path.isEmpty())
-            OpenDocumentFile(path);
+        const QString path = AskOpenFileName(FileDialogFolder());
+        if (path.isEmpty())
+            return;
+        m_lastFolder = QFileInfo(path).absolutePath();
+        OpenDocumentFile(path);
     });
     connect(make("fileSave", tr("&Save"), QKeySequence::Save), &QAction::triggered, this,
             [this] { SaveDocument(); });
@@ -169,7 +172,7 @@ void CMainFrame::CreateActions()
         const CReport* report = m_doc.GetReport(id);
         if (!report)
             return;
-        QString path = AskSaveFileName(tr("Export as PDF"),
+        QString path = ChooseSaveFile(tr("Export as PDF"),
                                        ToQ(reports::DefaultExportFileName(*report)) + QStringLiteral(".pdf"),
                                        tr("PDF (*.pdf)"));
         if (path.isEmpty())
@@ -553,7 +556,10 @@ bool CMainFrame::OpenDocumentFile(const QString& path)
     const bool opened =
         m_doc.OnOpenDocument(FromQ(QFileInfo(path).absoluteFilePath()), m_prompter);
     if (opened)
+    {
         AddRecentFile(QFileInfo(path).absoluteFilePath());
+        m_lastFolder = QFileInfo(path).absolutePath();
+    }
     AfterDocumentReplaced();
     return opened;
 }
@@ -572,10 +578,7 @@ bool CMainFrame::NewDocument()
     m_doc.SetModifiedFlag(false);
     AfterDocumentReplaced();
 
-    const QString dir = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    const QString path = AskSaveFileName(tr("Save the New File"), QDir(dir).filePath(name + QStringLiteral(".qvx")),
-                                         kFileFilter);
-    if (path.isEmpty() || !SaveTo(path))
+    if (!SaveToChosenFile(tr("Save the New File"), name + QStringLiteral(".qvx")))
     {
         m_doc.DeleteContents();
         m_doc.SetPathName(std::string());
@@ -595,7 +598,20 @@ bool CMainFrame::SaveTo(const QString& path)
     m_doc.SetPathName(FromQ(absolute));
     m_doc.SetModifiedFlag(false);
     AddRecentFile(absolute);
+    m_lastFolder = QFileInfo(absolute).absolutePath();
     UpdateTitle();
+    return true;
+}
+
+bool CMainFrame::SaveToChosenFile(const QString& caption, const QString& proposed)
+{
+    QString path = proposed;
+    do
+    {
+        path = ChooseSaveFile(caption, path, kFileFilter);
+        if (path.isEmpty())
+            return false;
+    } while (!SaveTo(path));
     return true;
 }
 
@@ -614,12 +630,8 @@ bool CMainFrame::SaveDocumentAs()
         return false;
     QString proposed = ToQ(m_doc.GetPathName());
     if (proposed.isEmpty())
-        proposed = QDir(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation))
-                       .filePath(ToQ(m_doc.GetRootTask()->m_name) + QStringLiteral(".qvx"));
-    const QString path = AskSaveFileName(tr("Save As"), proposed, kFileFilter);
-    if (path.isEmpty())
-        return false;
-    return SaveTo(path);
+        proposed = ToQ(m_doc.GetRootTask()->m_name) + QStringLiteral(".qvx");
+    return SaveToChosenFile(tr("Save As"), proposed);
 }
 
 bool CMainFrame::SaveModified()
@@ -694,7 +706,7 @@ void CMainFrame::ArchiveEntries()
         const QString suffix = current.suffix().isEmpty() ? QString() : u'.' + current.suffix();
         proposed = current.dir().filePath(current.completeBaseName() + QStringLiteral(" Archive") + suffix);
     }
-    const QString path = AskSaveFileName(tr("Archive"), proposed, kFileFilter);
+    const QString path = ChooseSaveFile(tr("Archive"), proposed, kFileFilter);
     if (path.isEmpty())
         return;
 
@@ -1084,12 +1096,46 @@ QString CMainFrame::AskEmployeeName()
     return dialog.EmployeeName();
 }
 
-QString CMainFrame::AskOpenFileName()
+QString CMainFrame::AskOpenFileName(const QString& folder)
 {
-    QString dir = QFileInfo(ToQ(m_doc.GetPathName())).absolutePath();
-    if (m_doc.GetPathName().empty())
-        dir = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    return QFileDialog::getOpenFileName(this, tr("Open"), dir, kFileFilter);
+    return QFileDialog::getOpenFileName(this, tr("Open"), folder, kFileFilter);
+}
+
+QString CMainFrame::FileDialogFolder() const
+{
+    if (!m_doc.GetPathName().empty())
+        return QFileInfo(ToQ(m_doc.GetPathName())).absolutePath();
+    if (!m_lastFolder.isEmpty() && QFileInfo(m_lastFolder).isDir())
+        return m_lastFolder;
+    // Many accounts have no documents folder: a folder that does not exist cannot be saved in.
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
+}
+
+QString CMainFrame::ChooseSaveFile(const QString& caption, const QString& proposed, const QString& filter)
+{
+    QString start = proposed;
+    for (;;)
+    {
+        // A bare name, or one whose folder is not there, starts where the dialogs start.
+        if (QFileInfo(start).isRelative() || !QFileInfo(QFileInfo(start).absolutePath()).isDir())
+            start = QDir(FileDialogFolder()).filePath(QFileInfo(start).fileName());
+        const QString path = AskSaveFileName(caption, start, filter);
+        if (path.isEmpty())
+            return path;
+        const QString folder = QFileInfo(path).absolutePath();
+        std::error_code error;
+        std::filesystem::create_directories(std::filesystem::path(FromQ(folder)), error);
+        if (!error)
+        {
+            m_lastFolder = folder;
+            return path;
+        }
+        m_prompter.ShowMessage(
+            FromQ(tr("The folder '%1' could not be created: %2.").arg(folder, ToQ(error.message()))),
+            platform::Icon::error);
+        start = path;
+    }
 }
 
 QString CMainFrame::AskSaveFileName(const QString& caption, const QString& proposed, const QString& filter)

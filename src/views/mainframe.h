@@ -146,14 +146,21 @@ public:
         bool deleteArchived = false;
     };
 
+    // Where file dialogs start: the open document's folder, else the folder of the last
+    // file chosen in one, else the documents folder where it exists, else the home folder.
+    QString FileDialogFolder() const;
+    // Asks for a file to write; a proposed bare name starts in FileDialogFolder(). A
+    // folder that the person typed and that does not exist yet is created. Empty when
+    // cancelled.
+    QString ChooseSaveFile(const QString& caption, const QString& proposed, const QString& filter);
+
+protected:
     // The questions to the user that tests answer without a dialog.
     virtual QString AskSaveFileName(const QString& caption, const QString& proposed,
                                     const QString& filter);
-
-protected:
     virtual bool AskArchiveOptions(ArchiveOptions& options);
     virtual QString AskEmployeeName();
-    virtual QString AskOpenFileName();
+    virtual QString AskOpenFileName(const QString& folder);
 
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -172,6 +179,9 @@ private:
     void OnDocumentChanged(unsigned hint);
     void AfterDocumentReplaced();
     bool SaveTo(const QString& path);
+    // Save As until a save goes through or the person cancels: a failed save never
+    // costs the document.
+    bool SaveToChosenFile(const QString& caption, const QString& proposed);
     // After the timer started, stopped, paused or resumed: saves the document now when
     // automatic saving is on.
     void SaveTimerChange();
@@ -205,4 +215,5 @@ private:
     QAction* m_insertLevelSeparator = nullptr;
     QList<QAction*> m_levelActions;
     bool m_closing = false;
+    QString m_lastFolder;
 };

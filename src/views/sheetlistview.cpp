@@ -1298,7 +1298,7 @@ void CSheetListView::ExportSelectedReport()
         return;
     CReport* report = reportsChosen.front();
     const QString proposed = ToQ(reports::DefaultExportFileName(*report)) + QStringLiteral(".csv");
-    const QString path = m_frame.AskSaveFileName(
+    const QString path = m_frame.ChooseSaveFile(
         tr("Export"), proposed,
         tr("CSV (Comma Delimited) (*.csv);;HTML (Hypertext Markup Language) (*.htm);;Tab Delimited (*.tab)"));
     if (path.isEmpty())

@@ -226,6 +226,12 @@ void CTaskView::SortChildItems(QTreeWidgetItem* parent)
 
 CTask* CTaskView::AddChildTask(int level)
 {
+    // A rename still open ends first, as Enter would end it.
+    if (QWidget* editor = indexWidget(currentIndex()); editor && state() == EditingState)
+    {
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
     CTimeKeeperDoc& doc = m_frame.Doc();
     CTask* parent = SelectedTask();
     if (parent == nullptr || parent->m_level >= level || parent->m_projectId != 0 ||
@@ -243,6 +249,12 @@ CTask* CTaskView::AddChildTask(int level)
     Rebuild();
     SelectTask(id);
     m_frame.RefreshStatus();
+    // The level's name is only a placeholder: the person types the real one over it.
+    if (QTreeWidgetItem* item = ItemOf(id))
+    {
+        scrollToItem(item);
+        editItem(item, 0);
+    }
     return doc.GetTask(id);
 }
 

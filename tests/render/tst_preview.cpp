@@ -117,6 +117,12 @@ void TestPreview::exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole()
     TempDir dir;
     CReport* invoice = fix.ReportOfKind(CReport::invoice);
     const int next = fix.m_app->GetInvoiceNumber();
+    // The preview shows the number that printing will give, without using it up.
+    QPrinter preview(QPrinter::HighResolution);
+    preview.setOutputFileName(QString::fromStdString(dir.File("preview.pdf")));
+    emit std::unique_ptr<QPrintPreviewDialog>(print::CreatePreviewDialog(nullptr, fix.m_doc, *fix.m_app, invoice->m_id))->paintRequested(&preview);
+    QVERIFY(PdfText(dir.File("preview.pdf")).find("Invoice: " + std::to_string(next) + "\n") != std::string::npos);
+    QVERIFY(invoice->m_invoiceNumber == 0 && fix.m_app->GetInvoiceNumber() == next);
     platform::ScriptedPrompter prompter;
     const QString path = QString::fromStdString(dir.File("invoice.pdf"));
     QString error;

@@ -8,7 +8,7 @@ TEST(ReportOptionsTest, KindsAndPresetsByKeywordOrLabel)
     EXPECT_EQ(reports::ParseKind("Billing Summary"), CReport::billingSummary);
     EXPECT_EQ(reports::ParseKind("TIME-EXPENSE-SUMMARY"), CReport::timeExpenseSummary);
     EXPECT_FALSE(reports::ParseKind("weekly"));
-    EXPECT_EQ(reports::KindLabel(CReport::timeExpenseSummary), "Time & Expense Summay");
+    EXPECT_EQ(reports::KindLabel(CReport::timeExpenseSummary), "Time & Expense Summary");
     EXPECT_EQ(reports::ParsePreset("previous-half-month"), CReport::previousHalfMonth);
     EXPECT_EQ(reports::ParsePreset("All Dates"), CReport::allDates);
     EXPECT_FALSE(reports::ParsePreset("next-week"));

@@ -194,10 +194,15 @@ void TestEntryLists::timeEntryEditorChecksItsFields()
     ViewFixture f;
     const uint32_t a = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Acme");
     CTimeEntry* entry = f.AddTime(a, kToday, 9, 0, 10, 0);
+    entry->m_note = "Drive to Northwind plant"; // as the task's last note fills it in
+    for (const char* name : {"Travel", "design", "Audit"})
+        f.doc.AddActivity(name);
     CDay* day = f.doc.GetDay(kToday);
     {
         CTimeEntryPropertySheet sheet(*f.frame, *day, *entry);
         sheet.show();
+        QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        QCOMPARE(sheet.ActivityField()->itemText(1) + sheet.ActivityField()->itemText(3), QStringLiteral("AuditTravel"));
         sheet.StartField()->SetTime(QTime(9, 0));
         sheet.EndField()->SetTime(QTime(9, 0));
         sheet.accept();
@@ -214,7 +219,9 @@ void TestEntryLists::timeEntryEditorChecksItsFields()
         sheet.RateField()->setText(QStringLiteral("$75.50"));
         sheet.OvertimeBox()->setChecked(true);
         sheet.MultiplierField()->setValue(1.5);
-        sheet.NoteField()->setPlainText(QStringLiteral("Late call"));
+        sheet.ActivityField()->setFocus();
+        QTest::keyClick(sheet.ActivityField(), Qt::Key_Tab); // reaches the note, selected: typing replaces it
+        QTest::keyClicks(sheet.NoteField(), QStringLiteral("Late call"));
         sheet.accept();
         QVERIFY(!sheet.isVisible());
     }
@@ -274,24 +281,27 @@ void TestEntryLists::expensePageComputesMileageAndMovesExpenses()
 
     double offeredRate = 0;
     bool amountEnabled = true;
+    QString shown; // the amount follows the distance and the rate; types in name order
     ViewFixture::WhenDialogShows([&](QDialog* sheet) {
         auto* type = Field<QComboBox>(sheet, "type");
         type->setCurrentIndex(type->findData(CExpenseType::kMileageId));
         offeredRate = Field<QDoubleSpinBox>(sheet, "mileageRate")->value();
         amountEnabled = Field<CCurrencyEdit>(sheet, "amount")->isEnabled();
-        Field<QSpinBox>(sheet, "driven")->setValue(10);
-        Field<QDoubleSpinBox>(sheet, "mileageRate")->setValue(0.375);
+        Field<QSpinBox>(sheet, "driven")->setValue(84);
+        Field<QDoubleSpinBox>(sheet, "mileageRate")->setValue(0.670);
+        shown = Field<CCurrencyEdit>(sheet, "amount")->text() + type->itemText(type->findText(QStringLiteral("Taxi")) + 1);
         sheet->accept();
     });
     f.frame->Action(QStringLiteral("insertExpense"))->trigger();
     QCOMPARE(offeredRate, 0.58);
     QVERIFY(!amountEnabled);
+    QCOMPARE(shown, QStringLiteral("$56.28Telephone"));
     QCOMPARE(f.doc.CountExpenseEntries(), size_t(1));
     CExpenseEntry* expense = f.doc.GetDay(kToday)->ExpenseEntries().front().get();
-    QCOMPARE(expense->m_amount, 3.75);
-    QCOMPARE(expense->m_distance, 10.0f);
+    QCOMPARE(expense->m_amount, 56.28);
+    QCOMPARE(expense->m_distance, 84.0f);
     QCOMPARE(expense->m_expenseTypeId, CExpenseType::kMileageId);
-    QCOMPARE(list->RowTexts(0), QStringList({"Acme", "Mileage", "$3.75"}));
+    QCOMPARE(list->RowTexts(0), QStringList({"Acme", "Mileage", "$56.28"}));
 
     // Moving to the same date changes nothing.
     f.frame->SaveDocument();
@@ -309,7 +319,7 @@ void TestEntryLists::expensePageComputesMileageAndMovesExpenses()
 
     // Task view: date, type, note and amount.
     f.frame->SetViewType(1);
-    QCOMPARE(list->RowTexts(0), QStringList({"03/15/2024", "Mileage", "", "$3.75"}));
+    QCOMPARE(list->RowTexts(0), QStringList({"03/15/2024", "Mileage", "", "$56.28"}));
 }
 
 void TestEntryLists::toDoPageChecksDescriptionAndCompletesOnShownDay()

@@ -13,7 +13,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -60,6 +62,7 @@ private slots:
     void timePaneIsPaddedToNinePlaces();
     void savesPlacementAndPaneSizes();
     void startUpCreatesANewDocumentWhenOpeningFails();
+    void firstSaveProposesAFolderThatExistsAndAsksAgainAfterAFailure();
     void secondWindowOpensTheFileReadOnly();
     void closingAModifiedDocumentFollowsTheAutoSaveRule();
     void archivesAndDeletesEntries();
@@ -93,6 +96,8 @@ void TestMainFrame::addsTasksOfEachLevel()
         insert->trigger();
         const CTask* task = tree->SelectedTask();
         QVERIFY(task);
+        auto* rename = qobject_cast<QLineEdit*>(tree->indexWidget(tree->currentIndex()));
+        QVERIFY(rename && rename->selectedText() == expected[level - 1]); // typing replaces the name
         QCOMPARE(int(task->m_level), level);
         QCOMPARE(task->m_parentId, parent);
         QCOMPARE(QString::fromStdString(task->m_name), expected[level - 1]);
@@ -576,6 +581,33 @@ void TestMainFrame::startUpCreatesANewDocumentWhenOpeningFails()
     f.frame->StartUp(QString());
     QCOMPARE(QString::fromStdString(f.doc.GetPathName()), created);
     QCOMPARE(f.doc.GetRootTask()->m_name, std::string("Lee Example"));
+}
+
+void TestMainFrame::firstSaveProposesAFolderThatExistsAndAsksAgainAfterAFailure()
+{
+    ViewFixture f;
+    QDir(f.dir.path()).mkdir(QStringLiteral("folder.qvx"));
+    QFile(f.Path(QStringLiteral("plain"))).open(QIODevice::WriteOnly);
+    f.frame->Action(QStringLiteral("fileOpen"))->trigger();
+    QCOMPARE(f.frame->openFolder, f.dir.path()); // the document's folder, then the last one used
+    const QString typed = f.Path(QStringLiteral("New/Pat Doe.qvx")), folder = f.Path(QStringLiteral("folder.qvx"));
+    f.frame->employeeName = QStringLiteral("Pat Doe");
+    f.frame->saveNames = {f.Path(QStringLiteral("plain/Pat Doe.qvx")), folder, typed};
+    QVERIFY(f.frame->NewDocument());
+    QCOMPARE(f.frame->proposals, QStringList({f.Path(QStringLiteral("Pat Doe.qvx")), f.Path(QStringLiteral("Pat Doe.qvx")), folder}));
+    QCOMPARE(f.prompter.Messages().back(), "The file '" + folder.toStdString() + "' could not be saved: Is a directory.");
+    QVERIFY(f.doc.GetRootTask()->m_name == "Pat Doe" && QFile::exists(typed));
+
+    // Without a document or a folder used: the documents folder where it exists, else home.
+    QTemporaryDir home;
+    const QByteArray savedHome = qgetenv("HOME");
+    qputenv("HOME", home.path().toLocal8Bit());
+    CTimeKeeperDoc none;
+    const QString first = CTestFrame(*f.app, none, f.prompter).FileDialogFolder();
+    QDir(home.path()).mkdir(QStringLiteral("Documents"));
+    const QString second = CTestFrame(*f.app, none, f.prompter).FileDialogFolder();
+    qputenv("HOME", savedHome);
+    QVERIFY(first == home.path() && second == home.filePath(QStringLiteral("Documents")));
 }
 
 void TestMainFrame::secondWindowOpensTheFileReadOnly()

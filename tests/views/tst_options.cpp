@@ -101,6 +101,7 @@ private slots:
     void invoicePageStoresItsDefaults();
     void optionsCommandMarksModifiedOnOk();
     void sheetWorksByKeyboard();
+    void okAndApplyWriteTheSettingsFile();
 };
 
 void TestOptions::pagesComeInOrderUnderTheCaption()
@@ -723,6 +724,20 @@ void TestOptions::sheetWorksByKeyboard()
             keys.append(key);
         }
     }
+}
+
+void TestOptions::okAndApplyWriteTheSettingsFile()
+{
+    ViewFixture f;
+    const std::string file = f.Path(QStringLiteral("settings.conf")).toStdString();
+    platform::SettingsStore store(file), disk(file);
+    CTimeKeeperApp app(store, f.clock, platform::LocaleInfo::UnitedStates());
+    CTimeKeeperDoc doc;
+    CTestFrame frame(app, doc, f.prompter);
+    COptionsSheet sheet(frame);
+    sheet.Page3()->IntervalField()->setCurrentIndex(6); // "30 Minutes"
+    sheet.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Apply)->click();
+    QVERIFY(disk.Load() && disk.GetInt("Settings", "TimeInterval", -1) == 5);
 }
 
 int RunOptionsTests(int argc, char** argv)

@@ -26,10 +26,13 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QToolBar>
+#include <QRegularExpression>
 #include <QTreeWidget>
+#include <QWizardPage>
 
 #include <functional>
 #include <mutex>
@@ -215,6 +218,7 @@ private slots:
     void propertySheetsHoldTheKindsPages();
     void propertySheetCancelKeepsAndOkChanges();
     void reportsPageRunsWizardAndSheets();
+    void textsReadWithoutSlips();
 };
 
 void TestReportWizard::pageFlowFollowsTheKind_data()
@@ -288,7 +292,7 @@ void TestReportWizard::checksRefuseWithTheirMessageAndFocus()
     w.next();
     QCOMPARE(w.currentId(), int(P::pageType));
     QCOMPARE(LastMessage(f), Msg(40003));
-    QCOMPARE(LastMessage(f), std::string("Select a the type for the report."));
+    QCOMPARE(LastMessage(f), std::string("Select the type for the report."));
     QCOMPARE(w.focusWidget(), w.TypePage()->KindButton(CReport::timeDetail));
 
     w.TypePage()->KindButton(CReport::expenseSummary)->setChecked(true);
@@ -860,6 +864,8 @@ void TestReportWizard::propertySheetsHoldTheKindsPages()
         QVERIFY(sheet);
         QCOMPARE(sheet->metaObject()->className(), e.className);
         QCOMPARE(sheet->PageTitles(), e.pages);
+        sheet->show(); // every tab's title whole, without scrolling the row of tabs
+        QVERIFY2(sheet->Pages()->tabBar()->width() >= sheet->Pages()->tabBar()->sizeHint().width(), e.className);
         if (e.kind == CReport::invoice)
         {
             // The invoice has no rollup and no totals.
@@ -1064,6 +1070,20 @@ void TestReportWizard::reportsPageRunsWizardAndSheets()
 }
 
 #include "tst_reportwizard.moc"
+
+void TestReportWizard::textsReadWithoutSlips()
+{
+    ViewFixture f;
+    CReportSheet wizard(*f.frame);
+    QStringList texts{ToQ(Msg(40003)), ToQ(Msg(40029))};
+    for (const QWizardPage* page : wizard.findChildren<QWizardPage*>())
+        texts << page->title() << page->subTitle();
+    for (const QAbstractButton* button : wizard.findChildren<QAbstractButton*>())
+        texts << button->text().replace(QStringLiteral("&&"), QStringLiteral("&"));
+    const QRegularExpression slip(QStringLiteral("^\\s|\\s$|\\b(a|an) (a|an|the)\\b|\\ban [b-df-gj-np-tv-z]|\\bis the \\w+ would\\b"));
+    QCOMPARE(texts.filter(slip), QStringList());
+    QVERIFY(texts.contains(QStringLiteral("Time & Expense Summary")));
+}
 
 int RunReportWizardTests(int argc, char** argv)
 {

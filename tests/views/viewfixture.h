@@ -31,7 +31,9 @@ public:
     QString employeeName;
     QStringList saveNames; // answered in order; empty when used up (Cancel)
     QStringList asked;     // captions of the save questions
+    QStringList proposals; // and the files they proposed
     QString openName;
+    QString openFolder;
     bool archiveAnswer = false;
     ArchiveOptions archiveOptions;
     QList<uint32_t> viewedReports; // "View report when done" shows nothing in a test
@@ -40,10 +42,11 @@ public:
 
 protected:
     QString AskEmployeeName() override { return employeeName; }
-    QString AskOpenFileName() override { return openName; }
-    QString AskSaveFileName(const QString& caption, const QString&, const QString&) override
+    QString AskOpenFileName(const QString& folder) override { return openFolder = folder, openName; }
+    QString AskSaveFileName(const QString& caption, const QString& proposed, const QString&) override
     {
         asked.append(caption);
+        proposals.append(proposed);
         return saveNames.isEmpty() ? QString() : saveNames.takeFirst();
     }
     bool AskArchiveOptions(ArchiveOptions& options) override

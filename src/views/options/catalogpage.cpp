@@ -1,6 +1,7 @@
 #include "views/options/catalogpage.h"
 
 #include "model/timekeeperdoc.h"
+#include "views/catalogorder.h"
 #include "views/mainframe.h"
 #include "views/qtconvert.h"
 
@@ -17,7 +18,6 @@ CCatalogPage::CCatalogPage(CMainFrame& frame, QWidget* parent)
     m_new->setObjectName(QStringLiteral("new"));
     m_remove->setObjectName(QStringLiteral("remove"));
     m_edit->setObjectName(QStringLiteral("edit"));
-    m_list->setSortingEnabled(true);
     for (QPushButton* b : {m_new, m_remove, m_edit})
         b->setAutoDefault(false);
 
@@ -46,9 +46,13 @@ void CCatalogPage::Fill()
     m_list->clear();
     {
         std::lock_guard lock(m_frame.Doc().GetLock());
+        NamedIds records;
         for (const auto& [id, name] : Records())
+            records.emplace_back(id, ToQ(name));
+        SortByName(records);
+        for (const auto& [id, name] : records)
         {
-            auto* item = new QListWidgetItem(ToQ(name), m_list);
+            auto* item = new QListWidgetItem(name, m_list);
             item->setData(kIdRole, id);
         }
     }

@@ -1,5 +1,7 @@
 #include "views/options/optionssheet.h"
 
+#include "app/timekeeperapp.h"
+#include "platform/prompter.h"
 #include "views/mainframe.h"
 #include "views/options/optionspage1.h"
 #include "views/options/optionspage2.h"
@@ -52,6 +54,10 @@ bool COptionsSheet::ApplyAll()
         page->Apply();
     // Written back: the views show the new settings at once, also after Apply.
     m_frame.ApplyOptionChanges();
+    // And to the settings file at once: qvx reads the same file, and a crash must not lose them.
+    std::string error;
+    if (!m_frame.App().SaveSettings(&error))
+        m_frame.Prompter().ShowMessage(error, platform::Icon::warning);
     return true;
 }
 

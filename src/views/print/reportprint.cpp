@@ -191,11 +191,20 @@ QPrintPreviewDialog* CreatePreviewDialog(QWidget* parent, CTimeKeeperDoc& doc, C
     new OrientationHold(printer, report->m_orientation, dialog);
     QObject::connect(dialog, &QPrintPreviewDialog::paintRequested, dialog,
                      [dialog, &doc, &app, reportId](QPrinter* target) {
-                         CReport* shown = doc.GetReport(reportId);
-                         if (!shown)
+                         const CReport* stored = doc.GetReport(reportId);
+                         if (!stored)
                              return;
-                         RunProgress progress(dialog, PagesLabel(*shown));
-                         render::PrintReport(*shown, doc, app, *target, {}, progress.Callback());
+                         // An unnumbered invoice shows the number that printing will give
+                         // it; the preview does not use the number up.
+                         CReport shown = [&] {
+                             std::lock_guard<std::recursive_mutex> lock(doc.GetLock());
+                             return *stored;
+                         }();
+                         if (shown.m_kind == CReport::invoice && shown.m_numberMode == 0 &&
+                             shown.m_invoiceNumber == 0)
+                             shown.m_invoiceNumber = app.GetInvoiceNumber();
+                         RunProgress progress(dialog, PagesLabel(shown));
+                         render::PrintReport(shown, doc, app, *target, {}, progress.Callback());
                      });
     return dialog;
 }

@@ -12,6 +12,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QListWidget>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -99,7 +100,8 @@ void CSelectParentTaskDlg::accept()
     QDialog::accept();
 }
 
-CUpdateProjectDlg::CUpdateProjectDlg(const projectlink::UpdateOptions& options, QWidget* parent)
+CUpdateProjectDlg::CUpdateProjectDlg(const projectlink::UpdateOptions& options, QWidget* parent,
+                                     const QString& datePicture)
     : QDialog(parent), m_options(options),
       m_workEstimates(new QCheckBox(tr("Update Work &Estimates"), this)),
       m_costEstimates(new QCheckBox(tr("Update Cost E&stimates"), this)),
@@ -139,8 +141,16 @@ CUpdateProjectDlg::CUpdateProjectDlg(const projectlink::UpdateOptions& options, 
     layout->addLayout(include);
 
     auto* form = new QFormLayout;
+    QString picture = datePicture;
+    if (picture.isEmpty())
+    {
+        picture = QLocale().dateFormat(QLocale::ShortFormat);
+        if (!picture.contains(QStringLiteral("yyyy")))
+            picture.replace(QStringLiteral("yy"), QStringLiteral("yyyy"));
+    }
     for (QDateEdit* date : {m_from, m_to})
     {
+        date->setDisplayFormat(picture);
         date->setCalendarPopup(true);
         date->setEnabled(options.DatesEnabled());
     }

@@ -54,7 +54,10 @@ class CUpdateProjectDlg : public QDialog
 {
     Q_OBJECT
 public:
-    CUpdateProjectDlg(const projectlink::UpdateOptions& options, QWidget* parent = nullptr);
+    // `datePicture` shows the dates as the rest of the program does; without one, the
+    // locale's short date with a four-digit year.
+    CUpdateProjectDlg(const projectlink::UpdateOptions& options, QWidget* parent = nullptr,
+                      const QString& datePicture = QString());
     projectlink::UpdateOptions Options() const;
 
 private:

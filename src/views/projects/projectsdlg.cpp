@@ -98,7 +98,7 @@ CProject* CProjectsDlg::SelectedProject() const
 
 void CProjectsDlg::OnNew()
 {
-    CQtProjectLinkUi ui(m_doc, m_prompter, this);
+    CQtProjectLinkUi ui(m_doc, m_prompter, this, m_fileFolder, m_datePicture);
     projectlink::LinkOutcome outcome = projectlink::LinkNewProject(m_doc, ui, m_componentDirs);
     if (outcome.status != projectlink::LinkOutcome::done || !outcome.project)
         return;
@@ -114,7 +114,7 @@ void CProjectsDlg::OnUpdate()
     CProject* project = SelectedProject();
     if (!project)
         return;
-    CQtProjectLinkUi ui(m_doc, m_prompter, this);
+    CQtProjectLinkUi ui(m_doc, m_prompter, this, m_fileFolder, m_datePicture);
     projectlink::LinkOutcome outcome = projectlink::UpdateLink(m_doc, *project, ui, m_componentDirs);
     if (outcome.documentChanged || outcome.status == projectlink::LinkOutcome::done)
         m_doc.SetModifiedFlag();
@@ -145,6 +145,8 @@ void AddProjectsMenuItem(CMainFrame& frame, QMenu* menu)
                                                                  : std::string();
                             },
                             &frame);
+        dialog.m_fileFolder = frame.FileDialogFolder();
+        dialog.m_datePicture = QtDatePicture(app.GetLocale());
         dialog.exec();
         // Imported, moved and dropped tasks show once the tree is rebuilt.
         frame.TaskView()->setUpdatesEnabled(false);

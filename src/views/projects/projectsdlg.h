@@ -28,6 +28,9 @@ public:
 
     // The folders searched for components (the default ones unless a test sets others).
     std::vector<std::string> m_componentDirs;
+    // Where the plan's file dialog starts, and how the Update dialog shows dates.
+    QString m_fileFolder;
+    QString m_datePicture;
 
     QTreeWidget* List() const { return m_list; }
     void OnNew();

@@ -6,8 +6,9 @@
 #include <QFileDialog>
 #include <QStringList>
 
-CQtProjectLinkUi::CQtProjectLinkUi(CTimeKeeperDoc& doc, platform::Prompter& prompter, QWidget* parent)
-    : m_doc(doc), m_prompter(prompter), m_parent(parent)
+CQtProjectLinkUi::CQtProjectLinkUi(CTimeKeeperDoc& doc, platform::Prompter& prompter, QWidget* parent,
+                                   const QString& folder, const QString& datePicture)
+    : m_doc(doc), m_prompter(prompter), m_parent(parent), m_folder(folder), m_datePicture(datePicture)
 {
 }
 
@@ -16,28 +17,42 @@ CQtProjectLinkUi::~CQtProjectLinkUi() = default;
 bool CQtProjectLinkUi::ChooseProjectFile(const std::vector<projectlink::CComponentInfo>& components,
                                          const std::string&, std::string& path, std::string& progId)
 {
-    // One name filter per component, in the order found; the chosen one names the ProgID.
+    // "All plan files" first, then one name filter per component in the order found.
     QStringList filters;
+    QStringList allPatterns;
     for (const projectlink::CComponentInfo& c : components)
     {
         QString description = ToQ(c.FilterDescription());
-        const QString patterns = ToQ(c.FilterPattern()).replace(QLatin1Char(';'), QLatin1Char(' '));
+        const QStringList patterns = ToQ(c.FilterPattern()).split(QLatin1Char(';'), Qt::SkipEmptyParts);
         if (!description.contains(QLatin1Char('(')))
-            description += QStringLiteral(" (") + patterns + QLatin1Char(')');
+            description += QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
         filters << description;
+        for (const QString& pattern : patterns)
+            if (!allPatterns.contains(pattern))
+                allPatterns << pattern;
     }
-    QFileDialog dialog(m_parent, QObject::tr("Open Project"));
+    filters.prepend(QObject::tr("All plan files (%1)").arg(allPatterns.join(QLatin1Char(' '))));
+    QFileDialog dialog(m_parent, QObject::tr("Open Project"), m_folder);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setDefaultSuffix(QStringLiteral("mpp"));
     dialog.setOption(QFileDialog::ReadOnly, false);
-    if (!filters.isEmpty())
-        dialog.setNameFilters(filters);
+    dialog.setNameFilters(filters);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty() || components.empty())
         return false;
-    const qsizetype index = std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0);
     path = FromQ(dialog.selectedFiles().first());
-    progId = components[size_t(index)].progId;
+    // The file's type picks the component; the chosen filter only decides between
+    // components that read the same type, or names one for a file that none claims.
+    const qsizetype chosen = filters.indexOf(dialog.selectedNameFilter()) - 1;
+    size_t pick = chosen >= 0 ? size_t(chosen) : 0;
+    if (!components[pick].MatchesFile(path))
+        for (size_t i = 0; i < components.size(); ++i)
+            if (components[i].MatchesFile(path))
+            {
+                pick = i;
+                break;
+            }
+    progId = components[pick].progId;
     return true;
 }
 
@@ -62,7 +77,7 @@ bool CQtProjectLinkUi::SelectParentTask(uint32_t& taskId)
 
 bool CQtProjectLinkUi::EditUpdateOptions(projectlink::UpdateOptions& options)
 {
-    CUpdateProjectDlg dialog(options, m_parent);
+    CUpdateProjectDlg dialog(options, m_parent, m_datePicture);
     if (dialog.exec() != QDialog::Accepted)
         return false;
     options = dialog.Options();

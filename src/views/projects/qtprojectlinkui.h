@@ -2,6 +2,8 @@
 
 #include "projectlink/projectlinkui.h"
 
+#include <QString>
+
 #include <memory>
 
 class CTimeKeeperDoc;
@@ -12,7 +14,9 @@ class QWidget;
 class CQtProjectLinkUi : public projectlink::ProjectLinkUi
 {
 public:
-    CQtProjectLinkUi(CTimeKeeperDoc& doc, platform::Prompter& prompter, QWidget* parent);
+    // The file dialog starts in `folder`; the Update dialog shows dates in `datePicture`.
+    CQtProjectLinkUi(CTimeKeeperDoc& doc, platform::Prompter& prompter, QWidget* parent,
+                     const QString& folder = QString(), const QString& datePicture = QString());
     ~CQtProjectLinkUi() override;
 
     platform::Prompter& Prompter() override { return m_prompter; }
@@ -33,5 +37,7 @@ private:
     CTimeKeeperDoc& m_doc;
     platform::Prompter& m_prompter;
     QWidget* m_parent;
+    QString m_folder;
+    QString m_datePicture;
     std::unique_ptr<CProjectProgressDlg> m_progress;
 };

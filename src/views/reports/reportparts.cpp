@@ -4,6 +4,7 @@
 #include "model/timekeeperdoc.h"
 #include "platform/messages.h"
 #include "reports/reportoptions.h"
+#include "views/catalogorder.h"
 #include "views/gotodatedlg.h"
 #include "views/icons.h"
 #include "views/mainframe.h"
@@ -193,7 +194,7 @@ uint32_t CReportTaskTree::SelectedTaskId() const
 
 CFilterList::CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& groupTitle,
                          QWidget* parent)
-    : QWidget(parent), m_catalog(catalog), m_all(new QRadioButton(Tr("All "))),
+    : QWidget(parent), m_catalog(catalog), m_all(new QRadioButton(Tr("All"))),
       m_selected(new QRadioButton(Tr("Selected"))), m_list(new QListWidget)
 {
     m_all->setObjectName(QStringLiteral("all"));
@@ -219,34 +220,25 @@ CFilterList::CFilterList(CTimeKeeperDoc& doc, Catalog catalog, const QString& gr
     group->addButton(m_all);
     group->addButton(m_selected);
 
-    std::vector<std::pair<std::string, uint32_t>> records;
+    NamedIds records;
     {
         std::lock_guard lock(doc.GetLock());
-        auto collect = [&records](const auto& map)
-        {
-            for (const auto& [id, record] : map)
-                records.emplace_back(record->m_name, id);
-        };
         switch (catalog)
         {
         case Catalog::activities:
-            collect(doc.m_activities);
+            records = ByName(doc.m_activities);
             break;
         case Catalog::expenseTypes:
-            collect(doc.m_expenseTypes);
+            records = ByName(doc.m_expenseTypes);
             break;
         case Catalog::paymentMethods:
-            collect(doc.m_paymentMethods);
+            records = ByName(doc.m_paymentMethods);
             break;
         }
     }
-    std::stable_sort(
-        records.begin(), records.end(),
-        [](const auto& a, const auto& b)
-        { return QString::compare(ToQ(a.first), ToQ(b.first), Qt::CaseInsensitive) < 0; });
-    for (const auto& [name, id] : records)
+    for (const auto& [id, name] : records)
     {
-        auto* item = new QListWidgetItem(ToQ(name), m_list);
+        auto* item = new QListWidgetItem(name, m_list);
         item->setData(kRecordIdRole, id);
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable | Qt::ItemIsSelectable);
         item->setCheckState(Qt::Unchecked);

@@ -58,8 +58,8 @@ private:
     CTimeKeeperDoc& m_doc;
 };
 
-// "All " or "Selected" records of one catalog, with the list of its records (sorted
-// by name) to check. "All " is stored as the single id 0.
+// "All" or "Selected" records of one catalog, with the list of its records (sorted
+// by name) to check. "All" is stored as the single id 0.
 class CFilterList : public QWidget
 {
     Q_OBJECT

@@ -30,7 +30,7 @@ const KindChoice kKindChoices[] = {
     {"Time Summary", CReport::timeSummary},
     {"Expense Detail", CReport::expenseDetail},
     {"Expense Summary", CReport::expenseSummary},
-    {"Time && Expense Summay", CReport::timeExpenseSummary},
+    {"Time && Expense Summary", CReport::timeExpenseSummary},
     {"Billing Summary", CReport::billingSummary},
     {"To Do Detail", CReport::todoDetail},
     {"Invoice", CReport::invoice},
@@ -106,7 +106,7 @@ bool CReportPage2::validatePage()
 
 CReportPage3::CReportPage3(CReportSheet& sheet)
     : CReportWizardPage(sheet, tr("Task Selection"),
-                        tr("What is the tasks would you like to include on this report?")),
+                        tr("What tasks would you like to include on this report?")),
       m_part(new CTasksPart(sheet.Frame(), ReportPartMode::wizard, this))
 {
     Body()->addWidget(m_part, 1);

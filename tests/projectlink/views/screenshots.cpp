@@ -44,7 +44,7 @@ int main(int argc, char** argv)
     o.updateWork = o.updateCost = o.includeBilling = o.includeExpenses = true;
     o.from = qvtest::Day(2024, 6, 12);
     o.to = qvtest::Day(2024, 6, 14);
-    CUpdateProjectDlg update(o);
+    CUpdateProjectDlg update(o, nullptr, QStringLiteral("MM/dd/yyyy")); // the U.S. locale's picture
     update.show();
     app.processEvents();
     ok = update.grab().save(out + QStringLiteral("/update-project.png")) && ok;

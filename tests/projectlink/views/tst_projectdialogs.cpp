@@ -5,9 +5,14 @@
 #include "testsupport.h"
 #include "views/projects/projectdialogs.h"
 #include "views/projects/projectsdlg.h"
+#include "views/projects/qtprojectlinkui.h"
 
 #include <QCheckBox>
 #include <QDateEdit>
+#include <QFileDialog>
+#include <QLocale>
+#include <QTemporaryDir>
+#include <QTimer>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -23,6 +28,7 @@ private slots:
     void WarningsButtonsStayAtThirds();
     void ParentTaskAndResourceMustBeChosenOrConfirmed();
     void UpdateProjectOffersOnlyWhatIsPossible();
+    void PlanFileDialogOffersAllPlanFilesAndTheFileTypePicksTheComponent();
 };
 
 void TestProjectDialogs::ProjectsListSelectionAndDelete()
@@ -117,6 +123,7 @@ void TestProjectDialogs::UpdateProjectOffersOnlyWhatIsPossible()
     o.updateWorkEstimates = true; // not possible: must come out unchecked
     o.from = qvtest::Day(2024, 6, 10);
     o.to = qvtest::Day(2024, 6, 12);
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); // short dates "M/d/yy"
     CUpdateProjectDlg dialog(o);
     auto box = [&](const char* name) { return dialog.findChild<QCheckBox*>(QString::fromLatin1(name)); };
     QVERIFY(!box("updateWorkEstimates")->isEnabled() && !box("updateWorkEstimates")->isChecked());
@@ -128,11 +135,42 @@ void TestProjectDialogs::UpdateProjectOffersOnlyWhatIsPossible()
     QVERIFY(!chosen.updateCost && !chosen.includeBilling && !chosen.updateWorkEstimates);
     QVERIFY(chosen.from == qvtest::Day(2024, 6, 10));
     QVERIFY(chosen.to == qvtest::Day(2024, 6, 12));
+    QVERIFY(dialog.findChild<QDateEdit*>(QStringLiteral("from"))->text().endsWith(QStringLiteral("2024")));
 
     projectlink::UpdateOptions readOnly;
     readOnly.from = readOnly.to = qvtest::Day(2024, 6, 12);
     CUpdateProjectDlg none(readOnly);
     QVERIFY(!none.findChild<QDateEdit*>(QStringLiteral("from"))->isEnabled());
+}
+
+void TestProjectDialogs::PlanFileDialogOffersAllPlanFilesAndTheFileTypePicksTheComponent()
+{
+    QTemporaryDir dir;
+    auto doc = qvtest::NewDoc();
+    platform::ScriptedPrompter prompter;
+    CQtProjectLinkUi ui(*doc, prompter, nullptr, dir.path());
+    const std::vector<projectlink::CComponentInfo> components{
+        {"Gantt", "", "GanttProject|*.gan"}, {"Xml", "", "Project XML|*.xml;*.mspdi"}, {"Other", "", "Other|*.xml"}};
+    // The file, the filter chosen (0: all plan files) and the component that reads it.
+    const std::vector<std::tuple<QString, int, std::string>> cases{
+        {"Rollout.xml", 1, "Xml"}, {"House.gan", 0, "Gantt"}, {"Rollout.xml", 3, "Other"}, {"Notes.txt", 2, "Xml"}};
+    QStringList offered;
+    for (const auto& [file, filter, expected] : cases)
+    {
+        QFile(dir.filePath(file)).open(QIODevice::WriteOnly);
+        QTimer::singleShot(0, [&, file = file, filter = filter] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            offered = dialog->nameFilters() << dialog->directory().absolutePath();
+            dialog->selectNameFilter(offered.value(filter));
+            dialog->selectFile(dir.filePath(file));
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        std::string path, progId;
+        QVERIFY(ui.ChooseProjectFile(components, std::string(), path, progId));
+        QCOMPARE(progId, expected);
+    }
+    QCOMPARE(offered.first(), QStringLiteral("All plan files (*.gan *.xml *.mspdi)"));
+    QCOMPARE(offered.last(), QDir(dir.path()).absolutePath());
 }
 
 QTEST_MAIN(TestProjectDialogs)
