@@ -32,6 +32,7 @@ public:
     int EditTimeEntry(CDay&, CTimeEntry&) override { return 2; }
     int ChooseConflictResolution() override { return 2; }
     void ShowTimerState(TimerIcon icon, const std::string&) override { last = icon; }
+    void ShowEntryChanges(const std::string&) override {}
     TimerIcon last = TimerIcon::running;
 };
 

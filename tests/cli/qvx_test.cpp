@@ -204,6 +204,9 @@ TEST_F(QvxDocTest, DayOfWork)
     EXPECT_TRUE(Contains(out, "#  Task          Start     End       Elapsed")) << out;
     EXPECT_TRUE(Contains(out, "1  Acme/Website  9:00 AM   9:30 AM   0:30")) << out;
     EXPECT_TRUE(Contains(out, "7  Acme/Support  12:30 PM  1:00 PM   0:30")) << out;
+    // Without a date or a task: today's list, as the window opens on it.
+    EXPECT_EQ(Ok({"entries", "doc.qvx", "--kind", "time"}, "2024-06-11 18:00"), out);
+    EXPECT_EQ(2, Run({"entries", "doc.qvx", "--date", "2024-06-11", "--task", "Acme"}).exitCode);
     out = Ok({"entries", "doc.qvx", "--task", "Acme/Website", "--kind", "time"});
     EXPECT_TRUE(Contains(out, "Date")) << out;
     EXPECT_TRUE(Contains(out, "0:45")) << out;
