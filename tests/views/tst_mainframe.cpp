@@ -20,6 +20,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -54,6 +55,7 @@ private slots:
     void inactiveTasksHideWithTheirSubtree();
     void startsAndStopsTheTimerFromTheTree();
     void timerChangesAreWrittenAtOnce();
+    void aPauseSaysWhatItChangedAndSurvivesASave();
     void trayMenuFollowsTheTimerState();
     void switchesBetweenDateAndTaskView();
     void goesToDatesAndPagesTheCalendar();
@@ -366,6 +368,32 @@ void TestMainFrame::timerChangesAreWrittenAtOnce()
     f.frame->StartTimer(f.doc.GetTask(client));
     QCOMPARE(runningOnDisk(), 0);
     QVERIFY(f.doc.IsModified());
+}
+
+void TestMainFrame::aPauseSaysWhatItChangedAndSurvivesASave()
+{
+    ViewFixture f;
+    const uint32_t training = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Training");
+    const uint32_t audit = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Audit");
+    f.Reopen();
+    f.app->SetTimeInterval(4);
+    f.app->SetAutoSave(0);
+    f.clock.Set({2024, 3, 13, 11, 12, 0});
+    f.frame->StartTimer(f.Task(training));
+    f.AddTime(audit, CDateTime::FromDate(2024, 3, 13), 11, 16, 11, 18); // typed while it runs
+    f.clock.Set({2024, 3, 13, 11, 19, 0});
+    f.frame->PauseResumeTimer();
+    QCOMPARE(f.frame->statusBar()->currentMessage(),
+             QStringLiteral("Training 11:15 AM-11:19 AM was split around other entries into "
+                            "11:15 AM-11:16 AM and 11:18 AM-11:19 AM."));
+    QCOMPARE(f.Task(audit)->m_timeEntries.size(), size_t(1));
+
+    // Saved as Ctrl+S saves, then opened again as at the next start.
+    QVERIFY(f.frame->SaveDocument());
+    f.frame->OpenDocumentFile(f.path);
+    QVERIFY(f.doc.m_paused);
+    QCOMPARE(f.doc.m_pausedTask->m_name, std::string("Training"));
+    QCOMPARE(f.frame->Tray()->State(), TimerIcon::paused);
 }
 
 void TestMainFrame::trayMenuFollowsTheTimerState()
