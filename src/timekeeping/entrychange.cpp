@@ -40,7 +40,7 @@ EntryChange::Span EntryChange::SpanOf(const CTimeEntry& entry)
 
 void RecordEntryChange(std::vector<EntryChange>& changes, const CDay& day, uint32_t taskId,
                        const EntryChange::Span& before, const CTimeEntry* entry, bool removed,
-                       const std::vector<const CTimeEntry*>& added, bool timed)
+                       const std::vector<CTimeEntry*>& added, bool timed)
 {
     EntryChange change;
     change.taskId = taskId;

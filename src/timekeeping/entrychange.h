@@ -35,7 +35,7 @@ struct EntryChange
 // itself unless `removed`, and the copies in `added`). Nothing when nothing moved.
 void RecordEntryChange(std::vector<EntryChange>& changes, const CDay& day, uint32_t taskId,
                        const EntryChange::Span& before, const CTimeEntry* entry, bool removed,
-                       const std::vector<const CTimeEntry*>& added, bool timed);
+                       const std::vector<CTimeEntry*>& added, bool timed);
 
 // One line for the person: each change as "Acme/Audit 11:16 AM-11:18 AM was removed",
 // joined with "; " and closed with a full stop. Empty when there is nothing to tell.

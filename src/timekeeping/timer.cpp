@@ -47,9 +47,9 @@ std::vector<const CTimeEntry*> FiledEntries(const CDay& day)
 }
 
 // The entries of `day` that are not among `filed`: the copies an adjustment split off.
-std::vector<const CTimeEntry*> AddedSince(const CDay& day, const std::vector<const CTimeEntry*>& filed)
+std::vector<CTimeEntry*> AddedSince(const CDay& day, const std::vector<const CTimeEntry*>& filed)
 {
-    std::vector<const CTimeEntry*> added;
+    std::vector<CTimeEntry*> added;
     for (const auto& e : day.TimeEntries())
         if (std::find(filed.begin(), filed.end(), e.get()) == filed.end())
             added.push_back(e.get());
@@ -591,14 +591,14 @@ int CTimer::AdjustConflicts(CDay& day, CTimeEntry& entry, int choice)
                 pieces[i] = piece = nullptr;
                 break;
             }
-            for (const CTimeEntry* added : AddedSince(day, filed))
-                pieces.push_back(const_cast<CTimeEntry*>(added));
+            for (CTimeEntry* added : AddedSince(day, filed))
+                pieces.push_back(added);
         }
         if (piece != nullptr)
             PlaceInOrder(day, piece);
     }
     const bool entryGone = pieces.front() == nullptr;
-    std::vector<const CTimeEntry*> split;
+    std::vector<CTimeEntry*> split;
     for (size_t i = 1; i < pieces.size(); ++i)
         if (pieces[i] != nullptr)
             split.push_back(pieces[i]);
