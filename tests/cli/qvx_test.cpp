@@ -211,25 +211,6 @@ TEST_F(QvxDocTest, DayOfWork)
     EXPECT_TRUE(Contains(out, "0:45")) << out;
 }
 
-// The pause of the report: an entry typed while the timer ran survives it, and qvx says
-// what became of the paused entry. Typed at 11:15:30 the entry is no conflict yet; at 11:17
-// it is one, since the running entry counts up to the present minute.
-TEST_F(QvxDocTest, PauseKeepsWhatWasTypedAndSaysWhatItChanged)
-{
-    WriteSettings({"TimeInterval=4"});
-    Ok({"start", "doc.qvx", "Acme/Website"}, "2024-06-11 11:12");
-    const std::vector<std::string> typed = {"time", "add", "doc.qvx", "Internal", "--date",
-                                            "2024-06-11", "--start", "11:16", "--end", "11:18"};
-    EXPECT_EQ(Run(typed, "2024-06-11 11:17").exitCode, 1);
-    Ok(typed, "2024-06-11 11:15:30");
-    const std::string out = Ok({"pause", "doc.qvx"}, "2024-06-11 11:19");
-    EXPECT_TRUE(Contains(out, "Acme/Website 11:15 AM-11:19 AM was split around other entries into "
-                              "11:15 AM-11:16 AM and 11:18 AM-11:19 AM.\n"))
-        << out;
-    EXPECT_EQ(TimeOf(DumpJson("doc.qvx"), "20240611"),
-              (std::vector<Span>{{3, "11:15", "11:16"}, {5, "11:16", "11:18"}, {3, "11:18", "11:19"}}));
-}
-
 TEST_F(QvxDocTest, TimerLeftRunningOverMidnightStops)
 {
     Ok({"start", "doc.qvx", "Acme/Website"}, "2024-06-11 23:10");

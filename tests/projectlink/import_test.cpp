@@ -2,11 +2,12 @@
 
 #include "fakes.h"
 #include "projectlink/projectimport.h"
-#include "projectlink/projectoperations.h"
 #include "projectlink/projecttexts.h"
 #include "testsupport.h"
 
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 using namespace projectlink;
 using namespace qvtest;
@@ -272,49 +273,16 @@ TEST_F(ImportTest, WriteBackSendsOneValuePerDayOfThePeriod)
     EXPECT_DOUBLE_EQ(Day(2024, 6, 12).GetValue(), plan.updates[0].completion);
 
     // The completion goes only with the work of a period that holds its day.
-    struct NoCompletion
-    {
-        bool work;
-        CDateTime from, to;
-    };
-    for (const NoCompletion& c : {NoCompletion{false, Day(2024, 6, 12), Day(2024, 6, 12)},
-                                  NoCompletion{true, Day(2024, 6, 10), Day(2024, 6, 11)},
-                                  NoCompletion{true, Day(2024, 6, 13), Day(2024, 6, 14)}})
+    const std::tuple<bool, int, int> noCompletion[] = {{false, 12, 12}, {true, 10, 11}, {true, 13, 14}};
+    for (const auto& [work, from, to] : noCompletion)
     {
         plan.updates.clear();
-        o.updateWork = c.work;
-        o.from = c.from;
-        o.to = c.to;
+        o.updateWork = work;
+        o.from = Day(2024, 6, from);
+        o.to = Day(2024, 6, to);
         ASSERT_EQ(S_OK, UpdateProject(*doc, link, plan, o, ui));
-        ASSERT_FALSE(plan.updates.empty());
-        EXPECT_EQ(0.0, plan.updates[0].completion) << c.work << " " << c.from.DayKey();
+        EXPECT_EQ(0.0, plan.updates.at(0).completion) << work << " " << from;
     }
-}
-
-TEST_F(ImportTest, FirstUpdateStartsAtTheEarliestEntryOfTheLinkedTasks)
-{
-    plan.tasks = {{1, 0, "Work", 0, 0, 0, 1}, {2, 0, "Other", 0, 0, 0, 0}};
-    ASSERT_EQ(S_OK, Import());
-    const CDateTime today = Day(2024, 6, 11);
-    auto defaults = [&] { return DefaultUpdateOptions(*doc, link, true, true, true, true, true, today); };
-    UpdateOptions o = defaults();
-    EXPECT_EQ(today, o.from) << "nothing recorded yet";
-    EXPECT_EQ(today, o.to);
-
-    CTask* outside = AddTask(*doc, client, "Not in the plan");
-    AddTime(*doc, outside, Day(2024, 5, 2), 9, 0, 10, 0);
-    AddTime(*doc, ByNumber(1), Day(2024, 6, 4), 9, 0, 10, 0);
-    AddExpense(*doc, ByNumber(2), Day(2024, 6, 3), 12.0);
-    o = defaults();
-    EXPECT_EQ(Day(2024, 6, 3), o.from) << "the link's own tasks only, expenses included";
-    EXPECT_EQ(today, o.to);
-    doc->CompleteToDo(Imported(ByNumber(1)), Day(2024, 5, 30));
-    EXPECT_EQ(Day(2024, 5, 30), defaults().from) << "a completed to-do is an entry too";
-
-    link.m_lastUpdated = Day(2024, 6, 8);
-    o = defaults();
-    EXPECT_EQ(Day(2024, 6, 8), o.from) << "after an update, its date";
-    EXPECT_EQ(today, o.to);
 }
 
 TEST(ProgressTextTest, PercentAndStatus)

@@ -1,7 +1,6 @@
 #include "timerfixture.h"
 
 #include "model/day.h"
-#include "platform/scratchdir.h"
 
 using Strings = std::vector<std::string>;
 
@@ -212,51 +211,4 @@ TEST_F(TimerTest, PausedTaskSurvivesBetweenRuns)
     EXPECT_FALSE(timer.RestorePausedState(store, path));
     timer.SavePausedState(store, path);
     EXPECT_FALSE(store.Has(CTimer::kPausedSection, key));
-}
-
-// One rule for every program: a save keeps the paused task in the settings file, and
-// opening the document takes it up again, also in a program whose settings were read
-// before the pause was saved.
-TEST(PausedTimerAndSave, APausedTimerSurvivesASaveAndARestart)
-{
-    ScratchDir dir;
-    const std::string settings = dir.File("settings.conf");
-    const std::string path = dir.File("Work Log.qvx");
-    platform::FixedClock clock{{2024, 3, 11, 9, 0, 0}};
-    platform::ScriptedPrompter prompter;
-    platform::SettingsStore earlier(settings); // a program already running
-    ASSERT_TRUE(earlier.Load());
-    platform::SettingsStore store(settings);
-    ASSERT_TRUE(store.Load());
-    CTimeKeeperApp app{store, clock, platform::LocaleInfo::UnitedStates()};
-    CTimeKeeperDoc doc;
-    doc.NewDocument("Pat");
-    CTask* audit = qvtest::AddTask(doc, doc.GetRootTask(), "Audit");
-    ScriptedTimerUi ui{doc};
-    auto timer = std::make_unique<CTimer>(doc, app, ui, prompter);
-    ASSERT_EQ(timer->StartTimer(audit, 0, ""), 1);
-    clock.Set({2024, 3, 11, 9, 40, 0});
-    ASSERT_EQ(timer->PauseResumeTimer(), 1);
-    ASSERT_TRUE(doc.OnSaveDocument(path, prompter));
-    timer.reset();
-    doc.CloseHeldFile();
-
-    CTimeKeeperApp laterApp{earlier, clock, platform::LocaleInfo::UnitedStates()};
-    CTimeKeeperDoc reopened;
-    ASSERT_TRUE(reopened.OnOpenDocument(path, prompter));
-    ScriptedTimerUi laterUi{reopened};
-    CTimer later{reopened, laterApp, laterUi, prompter};
-    later.OnDocumentOpened();
-    ASSERT_NE(later.GetPausedTask(), nullptr);
-    EXPECT_EQ(later.GetPausedTask()->m_name, "Audit");
-    EXPECT_EQ(laterUi.icon, TimerIcon::paused);
-
-    // Resumed and stopped: the next save forgets the pause.
-    ASSERT_EQ(later.PauseResumeTimer(), 1);
-    clock.Set({2024, 3, 11, 10, 0, 0});
-    ASSERT_EQ(later.StopTimer(true, 0), 1);
-    ASSERT_TRUE(reopened.OnSaveDocument(path, prompter));
-    platform::SettingsStore check(settings);
-    ASSERT_TRUE(check.Load());
-    EXPECT_FALSE(check.Has(CTimer::kPausedSection, CTimer::PausedStateKey(path)));
 }
