@@ -77,6 +77,7 @@ void AppContext::Attach(CTimeKeeperDoc& doc)
     doc.m_fullTaskNames = m_app->GetListType() == 1;
     CTimeKeeperApp* app = m_app;
     doc.m_roundedNow = [app] { return app->RoundTime(app->Now()); };
+    doc.m_now = [app] { return app->Now(); };
 }
 
 void AppContext::SaveStore()

@@ -30,6 +30,12 @@ int CliTimerUi::EditTimeEntry(CDay&, CTimeEntry&)
     return m_refused ? 2 : 1;
 }
 
+void CliTimerUi::ShowEntryChanges(const std::string& text)
+{
+    if (m_changesTo != ChangesTo::nowhere)
+        (m_changesTo == ChangesTo::errors ? std::cerr : std::cout) << text << "\n";
+}
+
 int CliTimerUi::ChooseConflictResolution()
 {
     m_lastChoice = AskConflictResolution();
@@ -100,7 +106,9 @@ CommandSession::CommandSession(Context& ctx, const std::string& path, Mode mode,
     const MidnightSnapshot before = TakeMidnightSnapshot(m_doc.Doc());
     bool midnightChanged = false;
     const int observer = m_doc.Doc().AddObserver([&](unsigned) { midnightChanged = true; });
+    m_ui.SetChangesTo(CliTimerUi::ChangesTo::errors);
     m_timer->OnDocumentOpened();
+    m_ui.SetChangesTo(CliTimerUi::ChangesTo::output);
     m_doc.Doc().RemoveObserver(observer);
     if (midnightChanged)
     {
@@ -112,8 +120,6 @@ CommandSession::CommandSession(Context& ctx, const std::string& path, Mode mode,
         const char* const held = " (not yet written: another copy of the program holds the file)";
         std::cerr << DescribeMidnightChange(before) << (written ? "" : held) << "\n";
     }
-
-    m_timer->RestorePausedState(m_app.Store(), path);
 }
 
 CommandSession::MidnightSnapshot CommandSession::TakeMidnightSnapshot(const CTimeKeeperDoc& doc)
@@ -170,6 +176,7 @@ bool CommandSession::WriteMidnightChange(Context& ctx, const std::string& path)
         writer.OpenForChange(path);
         m_app.Attach(writer.Doc());
         CliTimerUi ui(ctx.prompter, ConflictPolicy::adjustThis);
+        ui.SetChangesTo(CliTimerUi::ChangesTo::nowhere);
         {
             CTimer timer(writer.Doc(), m_app.App(), ui, ctx.prompter);
             timer.OnDocumentOpened();
@@ -202,9 +209,6 @@ void CommandSession::Save()
     m_doc.Doc().SetModifiedFlag(true);
     m_doc.Doc().UpdateAllViews();
     m_doc.Save();
-    // A hosting program keeps a paused task itself, as long as it runs.
-    if (!m_doc.Hosted())
-        m_timer->SavePausedState(m_app.Store(), m_doc.Path());
     m_app.SaveStore();
 }
 

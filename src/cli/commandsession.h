@@ -40,6 +40,17 @@ public:
     int EditTimeEntry(CDay& day, CTimeEntry& entry) override;
     int ChooseConflictResolution() override;
     void ShowTimerState(TimerIcon, const std::string&) override {}
+    // A line on the command's output; while the document is opened on standard error,
+    // where the midnight check's notice goes, so that a reading command's output stays
+    // its own.
+    void ShowEntryChanges(const std::string& text) override;
+    enum class ChangesTo
+    {
+        output,
+        errors,
+        nowhere, // said already, by the copy of the document that the command reads
+    };
+    void SetChangesTo(ChangesTo where) { m_changesTo = where; }
 
     void SetPolicy(ConflictPolicy policy) { m_policy = policy; }
     // A conflict came up and was not resolved (refused, or no answer could be had).
@@ -55,6 +66,7 @@ private:
     ConflictPolicy m_policy;
     bool m_refused = false;
     int m_lastChoice = -1;
+    ChangesTo m_changesTo = ChangesTo::output;
 };
 
 // A document opened by one command, with the application object around it and the
@@ -81,7 +93,8 @@ public:
     TerminalPrompter& Prompter() { return m_prompter; }
     const std::string& Path() const { return m_doc.Path(); }
 
-    // Marks the document modified, saves it, and keeps the paused task for the next command.
+    // Marks the document modified and saves it (which keeps a paused task for the next
+    // command, as every save of the document does).
     void Save();
 
     // Display path of a task (or of an id that names none: "**Unassigned**").

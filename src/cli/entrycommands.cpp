@@ -101,7 +101,7 @@ int TimeAdd(Context& ctx)
             before.push_back(e.get());
         pending->m_day = day;
         for (const CTimeEntry* other :
-             day->ConflictingEntries(*pending, pending.get(), doc.RoundedNow()))
+             day->ConflictingEntries(*pending, pending.get(), doc.ConflictNow()))
             conflicts.push_back(Span(*other) + " " + s.TaskPath(other->m_taskId));
     }
     auto refuseConflict = [&]
@@ -468,8 +468,8 @@ int Entries(Context& ctx)
     args.Expect(1, 1, {"date", "task", "kind", "billing"});
     const auto dateText = args.Option("date");
     const auto taskText = args.Option("task");
-    if (dateText.has_value() == taskText.has_value())
-        throw UsageError("give either --date DATE (Date view) or --task TASK (Task view)");
+    if (dateText && taskText)
+        throw UsageError("give either --date DATE (Date view) or --task TASK (Task view), not both");
     std::vector<EntryKind> kinds = {EntryKind::time, EntryKind::expense, EntryKind::todo};
     if (auto k = args.Option("kind"))
         kinds = {ParseKind(*k)};
@@ -478,11 +478,14 @@ int Entries(Context& ctx)
         throw UsageError("--billing goes with time entries (--kind time)");
     if (billing)
         kinds = {EntryKind::time};
-    const CDateTime date = dateText ? ParseDate(*dateText, "--date") : CDateTime::Null();
+    CDateTime date = dateText ? ParseDate(*dateText, "--date") : CDateTime::Null();
 
     TerminalPrompter reader(TerminalPrompter::Preset::yes);
     Context readCtx{ctx.argv, reader};
     CommandSession s(readCtx, args.At(0, "FILE"), CommandSession::Mode::read);
+    // Neither: today's Date view, which is what the window opens on.
+    if (!dateText && !taskText)
+        date = s.App().Today();
     const CTask* task = taskText ? FindTask(s.Doc(), *taskText) : nullptr;
     bool first = true;
     for (EntryKind kind : kinds)
@@ -577,8 +580,10 @@ void RegisterEntryCommands(CommandTable& table)
                [](Context& ctx) { return RemoveEntries(ctx, EntryKind::todo); }});
     table.Add({"todo move", "FILE --date DATE N --task TASK", "give a to-do entry to another task",
                ToDoMove});
-    table.Add({"entries", "FILE (--date DATE | --task TASK) [--kind time|expense|todo] [--billing]",
-               "list the entries of a day or of a task, as the entry lists show them", Entries,
+    table.Add({"entries", "FILE [--date DATE | --task TASK] [--kind time|expense|todo] [--billing]",
+               "list the entries of a day (today without --date) or of a task, as the entry lists show them",
+               Entries,
+               "Without --date or --task the list is today's, as the window first shows it.\n"
                "Rows are numbered in the order of the desktop program's list (its sort order);\n"
                "the commands that take row numbers N use the numbers of the Date view of one\n"
                "kind: qvx entries FILE --date DATE --kind time|expense|todo. The Date view of\n"

@@ -40,7 +40,7 @@ CTask* TargetTask(CommandSession& s, const Args& args)
 std::string Conflicts(CommandSession& s, CDay& day, const CTimeEntry& entry)
 {
     std::vector<std::string> list;
-    for (const CTimeEntry* other : day.ConflictingEntries(entry, &entry, s.Doc().RoundedNow()))
+    for (const CTimeEntry* other : day.ConflictingEntries(entry, &entry, s.Doc().ConflictNow()))
         list.push_back(Span(*other) + " " + s.TaskPath(other->m_taskId));
     return JoinTexts(list);
 }

@@ -128,6 +128,7 @@ public:
             m_error = "--to is before --from";
             return false;
         }
+        m_chosen = o;
         return true;
     }
 
@@ -152,6 +153,8 @@ public:
     std::map<std::string, bool> m_updateChoices;
     std::optional<CDateTime> m_from;
     std::optional<CDateTime> m_to;
+    // What the update was told to write.
+    std::optional<UpdateOptions> m_chosen;
 
 private:
     TerminalPrompter& m_prompter;
@@ -279,8 +282,11 @@ int Update(Context& ctx)
         s.Save();
     if (outcome.status != LinkOutcome::done)
         Fail(ui, outcome, "the update");
-    std::cout << "Updated project #" << project->m_id << " '" << project->m_name
-              << "' (last updated " << ShortDate(s, project->m_lastUpdated) << ")\n";
+    std::cout << "Updated project #" << project->m_id << " '" << project->m_name << "'";
+    if (ui.m_chosen && (ui.m_chosen->updateWork || ui.m_chosen->updateCost))
+        std::cout << ", actual work of " << ShortDate(s, ui.m_chosen->from) << " to "
+                  << ShortDate(s, ui.m_chosen->to);
+    std::cout << " (last updated " << ShortDate(s, project->m_lastUpdated) << ")\n";
     return 0;
 }
 
@@ -315,7 +321,10 @@ void RegisterProjectCommands(CommandTable& table)
                "FILE PROJECT [--from DATE] [--to DATE] [--update-work yes|no] [--update-cost yes|no] "
                "[--update-work-estimates yes|no] [--update-cost-estimates yes|no] "
                "[--include-billing yes|no] [--include-expenses yes|no]",
-               "re-import a linked plan's tasks and write actual work back to it", Update});
+               "re-import a linked plan's tasks and write actual work back to it", Update,
+               "--from defaults to the last update; before the first one, to the day of the\n"
+               "earliest entry on the plan's tasks. --to defaults to today. The completion of a\n"
+               "task's imported to-do is written only with the work of a period that holds it."});
     table.Add({"project rm", "FILE PROJECT", "delete a project link (the tasks stay)", Remove});
 }
 

@@ -805,6 +805,15 @@ void CTimeKeeperDoc::UpdateAllViews(unsigned hint)
     }
 }
 
+CDateTime CTimeKeeperDoc::ConflictNow() const
+{
+    const CDateTime rounded = RoundedNow();
+    if (!m_now)
+        return rounded;
+    const CDateTime now = m_now();
+    return rounded < now ? now : rounded;
+}
+
 CDateTime CTimeKeeperDoc::RoundedNow() const
 {
     if (m_roundedNow)
@@ -1458,7 +1467,7 @@ bool CTimeKeeperDoc::AdjustTimeEntry(CTimeEntry* a, const CTimeEntry* b)
     CDay* day = a ? a->m_day : nullptr;
     if (!day || !b || a == b || b->m_day != day)
         return true;
-    const CDateTime now = RoundedNow();
+    const CDateTime now = ConflictNow();
     const int64_t as = day->StartMinutes(*a);
     const int64_t ae = day->EndMinutes(*a, now);
     const int64_t bs = day->StartMinutes(*b);

@@ -113,6 +113,12 @@ public:
     std::function<CDateTime()> m_roundedNow;
     CDateTime RoundedNow() const;
     CTinyTime RunningEnd() const { return CTinyTime::FromDate(RoundedNow()); }
+    // The current moment, unrounded (falls back to RoundedNow when not handed in).
+    std::function<CDateTime()> m_now;
+    // The running entry's end in conflict tests and adjustments: the rounded current time,
+    // or the current time when that is later, so that an entry typed inside the time the
+    // timer has already run overlaps it even before the rounded time moves on.
+    CDateTime ConflictNow() const;
 
     // Level names.
     std::string GetLevelName(uint32_t level) const;

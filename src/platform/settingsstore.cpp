@@ -259,6 +259,7 @@ bool SettingsStore::Parse(const std::string& text, Sections& sections, int* badL
 
 bool SettingsStore::Load(std::string* warning)
 {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
     m_sections.clear();
     m_changes.clear();
     if (m_path.empty())
@@ -287,8 +288,45 @@ bool SettingsStore::Load(std::string* warning)
     return true;
 }
 
+bool SettingsStore::Refresh()
+{
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
+    if (m_path.empty())
+        return true;
+    std::string text;
+    int err = 0;
+    if (!ReadFile(m_path, text, err))
+        return err == ENOENT;
+    Sections fresh;
+    if (!Parse(text, fresh))
+        return false;
+    ApplyChanges(fresh);
+    m_sections = std::move(fresh);
+    return true;
+}
+
+void SettingsStore::ApplyChanges(Sections& sections) const
+{
+    for (const auto& [where, value] : m_changes)
+    {
+        if (value)
+            sections[where.first][where.second] = *value;
+        else
+        {
+            auto section = sections.find(where.first);
+            if (section != sections.end())
+            {
+                section->second.erase(where.second);
+                if (section->second.empty())
+                    sections.erase(section);
+            }
+        }
+    }
+}
+
 bool SettingsStore::Save(std::string* error) const
 {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
     if (m_path.empty())
     {
         m_changes.clear();
@@ -308,17 +346,7 @@ bool SettingsStore::Save(std::string* error) const
     int err = 0;
     if (!ReadFile(m_path, text, err) || !Parse(text, merged))
         merged = m_sections;
-    for (const auto& [where, value] : m_changes)
-    {
-        if (value)
-            merged[where.first][where.second] = *value;
-        else
-        {
-            auto section = merged.find(where.first);
-            if (section != merged.end())
-                section->second.erase(where.second);
-        }
-    }
+    ApplyChanges(merged);
 
     const std::filesystem::path target(m_path);
     std::error_code ec;
@@ -359,6 +387,7 @@ bool SettingsStore::Save(std::string* error) const
 
 int SettingsStore::GetInt(const std::string& section, const std::string& key, int defaultValue) const
 {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
     if (!Has(section, key))
         return defaultValue;
     const std::string text = Trim(m_sections.at(section).at(key));
@@ -375,6 +404,7 @@ int SettingsStore::GetInt(const std::string& section, const std::string& key, in
 std::string SettingsStore::GetString(const std::string& section, const std::string& key,
                                      const std::string& defaultValue) const
 {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
     auto s = m_sections.find(section);
     if (s == m_sections.end())
         return defaultValue;
@@ -384,6 +414,7 @@ std::string SettingsStore::GetString(const std::string& section, const std::stri
 
 bool SettingsStore::Has(const std::string& section, const std::string& key) const
 {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
     auto s = m_sections.find(section);
     return s != m_sections.end() && s->second.count(key) != 0;
 }
@@ -396,12 +427,14 @@ void SettingsStore::SetInt(const std::string& section, const std::string& key, i
 void SettingsStore::SetString(const std::string& section, const std::string& key,
                               const std::string& value)
 {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
     m_sections[section][key] = value;
     Changed(section, key, value);
 }
 
 void SettingsStore::Remove(const std::string& section, const std::string& key)
 {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
     auto s = m_sections.find(section);
     if (s != m_sections.end())
     {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -17,6 +18,9 @@ namespace platform
 // changed meanwhile keeps its new value unless this one changed it too.
 // Line breaks, backslashes and other control characters in keys and values are
 // written as escapes (\n, \r, \t, \\, \xHH) and read back exactly.
+//
+// One store may be used from several threads (the automatic save writes the paused
+// timer while the user's thread reads settings): every member takes the store's lock.
 class SettingsStore
 {
 public:
@@ -32,6 +36,10 @@ public:
     // Writes the file: what it holds now with this store's changes on top. Returns false
     // with an error text when it cannot; the old file is then left as it was.
     bool Save(std::string* error = nullptr) const;
+    // Reads the file again and keeps this store's unsaved changes on top, so that what
+    // another program wrote since the last load is seen. A missing or unreadable file
+    // leaves the store as it is (false for an unreadable one).
+    bool Refresh();
 
     int GetInt(const std::string& section, const std::string& key, int defaultValue) const;
     std::string GetString(const std::string& section, const std::string& key,
@@ -50,9 +58,12 @@ public:
     static bool Parse(const std::string& text, Sections& sections, int* badLine = nullptr);
 
 private:
+    // This store's changes laid over `sections`.
+    void ApplyChanges(Sections& sections) const;
     void Changed(const std::string& section, const std::string& key,
                  const std::optional<std::string>& value);
 
+    mutable std::recursive_mutex m_mutex;
     std::string m_path;
     Sections m_sections;
     // Values set or removed since the last load or save (nullopt: removed).

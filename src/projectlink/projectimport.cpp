@@ -303,6 +303,28 @@ TaskActuals GatherActuals(const CTimeKeeperDoc& doc, const CTask& task, const CD
     return a;
 }
 
+CDateTime EarliestEntryDate(const CTimeKeeperDoc& doc, const CProject& link)
+{
+    Lock lock(doc.GetLock());
+    CDateTime earliest;
+    const auto consider = [&earliest](const CEntry* entry) {
+        if (entry->m_day && (earliest.IsNull() || entry->m_day->GetDate() < earliest))
+            earliest = entry->m_day->GetDate();
+    };
+    for (const auto& [id, task] : doc.m_tasks)
+    {
+        if (task->m_projectId != link.m_id || task->m_projectTaskNumber == 0)
+            continue;
+        for (const CTimeEntry* entry : task->m_timeEntries)
+            consider(entry);
+        for (const CExpenseEntry* entry : task->m_expenseEntries)
+            consider(entry);
+        for (const CToDoEntry* entry : task->m_todoEntries)
+            consider(entry); // only a completed one is filed in a day
+    }
+    return earliest;
+}
+
 std::vector<CTask*> TasksToWrite(const CTimeKeeperDoc& doc, const CProject& link)
 {
     Lock lock(doc.GetLock());
@@ -336,8 +358,12 @@ HRESULT UpdateProject(CTimeKeeperDoc& doc, const CProject& link, IProjectCompone
         TaskActuals a;
         {
             Lock lock(doc.GetLock());
-            if (const CToDoEntry* todo = ImportedToDo(*task); todo && todo->IsCompleted())
-                completion = OleOrZero(DateOnly(todo->m_completeDate));
+            if (const CToDoEntry* todo = ImportedToDo(*task); todo && todo->IsCompleted() && options.updateWork)
+            {
+                const CDateTime done = DateOnly(todo->m_completeDate);
+                if (!(done < from) && !(to < done))
+                    completion = OleOrZero(done);
+            }
             for (const CTimeEntry* entry : task->m_timeEntries)
                 if (entry->m_day)
                 {

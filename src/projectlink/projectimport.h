@@ -59,11 +59,17 @@ struct TaskActuals
 TaskActuals GatherActuals(const CTimeKeeperDoc& doc, const CTask& task, const CDateTime& from,
                           const CDateTime& to, const UpdateOptions& options);
 
+// The day of the earliest time entry, expense or completed to-do of the link's tasks;
+// null when they have none.
+CDateTime EarliestEntryDate(const CTimeKeeperDoc& doc, const CProject& link);
+
 // The tasks written back: leaf tasks of the link with the to-do flag or with entries, in
 // ascending project task number.
 std::vector<CTask*> TasksToWrite(const CTimeKeeperDoc& doc, const CProject& link);
 
-// Writes actual work back for every task to write, with the progress window.
+// Writes actual work back for every task to write, with the progress window. A completed
+// imported to-do's completion is written only with the actual work of a period that holds
+// its date: a plan must not read "complete" without the work that led there.
 HRESULT UpdateProject(CTimeKeeperDoc& doc, const CProject& link, IProjectComponent& component,
                       const UpdateOptions& options, ProjectLinkUi& ui);
 

@@ -21,6 +21,14 @@ CDateTime Today(const CTimeKeeperDoc& doc)
     return CDateTime::FromDate(now.GetYear(), now.GetMonth(), now.GetDay());
 }
 
+// A plan that names no project is known by its file's name, without the extension.
+std::string NameOrFileName(const std::string& name, const std::string& path)
+{
+    if (name.find_first_not_of(" \t\r\n") != std::string::npos)
+        return name;
+    return std::filesystem::path(path).stem().string();
+}
+
 LinkOutcome Ended(HRESULT hr)
 {
     LinkOutcome outcome;
@@ -73,7 +81,7 @@ LinkOutcome LinkProjectFile(CTimeKeeperDoc& doc, ProjectLinkUi& ui,
         return Ended(hr);
     }
     link->m_fileIdentity = uint32_t(identity);
-    link->m_name = name;
+    link->m_name = NameOrFileName(name, path);
 
     std::vector<std::string> names;
     std::vector<int32_t> ids;
@@ -137,7 +145,7 @@ LinkOutcome LinkProjectFile(CTimeKeeperDoc& doc, ProjectLinkUi& ui,
     return outcome;
 }
 
-UpdateOptions DefaultUpdateOptions(const CProject& link, bool canWork, bool canCost,
+UpdateOptions DefaultUpdateOptions(const CTimeKeeperDoc& doc, const CProject& link, bool canWork, bool canCost,
                                    bool canWorkEstimates, bool canCostEstimates, bool writable,
                                    const CDateTime& today)
 {
@@ -158,7 +166,11 @@ UpdateOptions DefaultUpdateOptions(const CProject& link, bool canWork, bool canC
         o.to = today < link.m_lastUpdated ? link.m_lastUpdated : today;
     }
     else
-        o.from = o.to = today;
+    {
+        const CDateTime earliest = EarliestEntryDate(doc, link);
+        o.to = today;
+        o.from = earliest.IsValid() && earliest < today ? earliest : today;
+    }
     return o;
 }
 
@@ -175,6 +187,13 @@ LinkOutcome UpdateLink(CTimeKeeperDoc& doc, CProject& link, ProjectLinkUi& ui,
             return Ended(E_USERCANCELLED);
         link.m_path = path;
         link.m_progId = progId;
+        doc.SetModifiedFlag();
+    }
+
+    if (const std::string named = NameOrFileName(link.m_name, link.m_path); named != link.m_name)
+    {
+        // Linked before such plans were named after their files.
+        link.m_name = named;
         doc.SetModifiedFlag();
     }
 
@@ -196,7 +215,7 @@ LinkOutcome UpdateLink(CTimeKeeperDoc& doc, CProject& link, ProjectLinkUi& ui,
         return Ended(E_USERCANCELLED);
 
     UpdateOptions options = DefaultUpdateOptions(
-        link, session.CanUpdateWork(), session.CanUpdateCost(), session.CanUpdateWorkEstimates(),
+        doc, link, session.CanUpdateWork(), session.CanUpdateCost(), session.CanUpdateWorkEstimates(),
         session.CanUpdateCostEstimates(), session.IsWritable(), Today(doc));
     if (!ui.EditUpdateOptions(options))
         return Ended(E_USERCANCELLED);

@@ -45,8 +45,10 @@ LinkOutcome LinkProjectFile(CTimeKeeperDoc& doc, ProjectLinkUi& ui,
 LinkOutcome UpdateLink(CTimeKeeperDoc& doc, CProject& link, ProjectLinkUi& ui,
                        const std::vector<std::string>& componentDirs);
 
-// The Update Project dialog's starting values for a session.
-UpdateOptions DefaultUpdateOptions(const CProject& link, bool canWork, bool canCost,
+// The Update Project dialog's starting values for a session. The period runs from the
+// last update to today; before the first update, from the earliest entry of the link's
+// tasks (today when they have none), so that the work done before is written too.
+UpdateOptions DefaultUpdateOptions(const CTimeKeeperDoc& doc, const CProject& link, bool canWork, bool canCost,
                                    bool canWorkEstimates, bool canCostEstimates, bool writable,
                                    const CDateTime& today);
 

@@ -38,6 +38,24 @@ CTinyTime EndOnDay(const CDateTime& end, const CDay& day)
     return CTinyTime(end.GetHour(), end.GetMinute());
 }
 
+std::vector<const CTimeEntry*> FiledEntries(const CDay& day)
+{
+    std::vector<const CTimeEntry*> filed;
+    for (const auto& e : day.TimeEntries())
+        filed.push_back(e.get());
+    return filed;
+}
+
+// The entries of `day` that are not among `filed`: the copies an adjustment split off.
+std::vector<CTimeEntry*> AddedSince(const CDay& day, const std::vector<const CTimeEntry*>& filed)
+{
+    std::vector<CTimeEntry*> added;
+    for (const auto& e : day.TimeEntries())
+        if (std::find(filed.begin(), filed.end(), e.get()) == filed.end())
+            added.push_back(e.get());
+    return added;
+}
+
 bool IsFiledIn(const CDay& day, const CTimeEntry* entry)
 {
     const auto& entries = day.TimeEntries();
@@ -78,20 +96,52 @@ CTimer::CTimer(CTimeKeeperDoc& doc, CTimeKeeperApp& app, TimerUi& ui, platform::
         m_doc.m_roundedNow = [this] { return m_app.RoundTime(m_app.Now()); };
         m_ownsRoundedNow = true;
     }
+    if (!m_doc.m_now)
+    {
+        m_doc.m_now = [this] { return m_app.Now(); };
+        m_ownsNow = true;
+    }
+    m_previousOnSaved = m_doc.m_onSaved;
+    m_doc.m_onSaved = [this] {
+        if (m_previousOnSaved)
+            m_previousOnSaved();
+        KeepPausedState();
+    };
 }
 
 CTimer::~CTimer()
 {
     Lock lock(m_doc.GetLock());
     m_doc.m_onTimerStopped = nullptr;
+    m_doc.m_onSaved = m_previousOnSaved;
     if (m_ownsRoundedNow)
         m_doc.m_roundedNow = nullptr;
+    if (m_ownsNow)
+        m_doc.m_now = nullptr;
+}
+
+CTimer::OperationScope::OperationScope(CTimer& timer) : m_timer(timer)
+{
+    if (m_timer.m_operationDepth++ == 0)
+        m_timer.m_changes.clear();
+}
+
+CTimer::OperationScope::~OperationScope()
+{
+    if (--m_timer.m_operationDepth != 0)
+        return;
+    m_timer.m_lastChanges = std::move(m_timer.m_changes);
+    m_timer.m_changes.clear();
+    const std::string text = DescribeEntryChanges(m_timer.m_lastChanges, m_timer.m_doc, m_timer.m_app);
+    if (!text.empty())
+        m_timer.m_ui.ShowEntryChanges(text);
 }
 
 int CTimer::StartTimer(CTask* task, int minuteRounding, const std::string& note)
 {
     if (task == nullptr || !TaskExists(task))
         return 0;
+    OperationScope scope(*this);
     const CDateTime start = m_app.RoundTime(m_app.Now(), minuteRounding == 1 ? 0 : -1);
 
     std::optional<CTimeEntry> previousCopy;
@@ -125,7 +175,7 @@ int CTimer::StartTimer(CTask* task, int minuteRounding, const std::string& note)
         entry->m_start = previous->m_end;
     entry->m_note = note.empty() ? task->m_lastNote : note;
     entry->m_activityId = task->m_lastActivityId;
-    const bool conflict = day->Conflicts(*entry, entry.get(), m_doc.RoundedNow());
+    const bool conflict = day->Conflicts(*entry, entry.get(), m_doc.ConflictNow());
     lock.unlock();
 
     int r = 1;
@@ -199,6 +249,7 @@ int CTimer::StopTimer(bool setModified, int minuteRounding)
 
 CTimer::StopOutcome CTimer::StopTimerImpl(bool setModified, int minuteRounding)
 {
+    OperationScope scope(*this);
     Lock lock(m_doc.GetLock());
     CTimeEntry* entry = m_doc.m_timerRunning ? m_doc.m_activeEntry : nullptr;
     if (entry == nullptr || entry->m_day == nullptr)
@@ -250,7 +301,7 @@ CTimer::StopOutcome CTimer::StopTimerImpl(bool setModified, int minuteRounding)
         entry->m_end = minuteEnd;
     }
 
-    const bool conflict = day->Conflicts(*entry, entry, m_doc.RoundedNow());
+    const bool conflict = day->Conflicts(*entry, entry, m_doc.ConflictNow());
     lock.unlock();
 
     int r = 1;
@@ -260,7 +311,9 @@ CTimer::StopOutcome CTimer::StopTimerImpl(bool setModified, int minuteRounding)
         r = showEditor && minuteRounding == 0 ? EditTimeEntry(*day, *entry) : 1;
         while (r == 1)
         {
-            const int c = minuteRounding == 1 ? AdjustConflicts(*day, *entry, 0) : ResolveTimeConflict(*day, *entry);
+            // A pause is not asked about, so it may not take time from entries the person
+            // typed: the paused entry is fitted around them instead.
+            const int c = minuteRounding == 1 ? AdjustConflicts(*day, *entry, 1) : ResolveTimeConflict(*day, *entry);
             gone = c == 1;
             if (c != 2)
                 break;
@@ -342,6 +395,7 @@ CTimeEntry* CTimer::FindRunningTail(const CDay& day, uint32_t taskId) const
 
 int CTimer::PauseResumeTimer()
 {
+    OperationScope scope(*this);
     Lock lock(m_doc.GetLock());
     if (!m_doc.m_paused)
     {
@@ -408,6 +462,7 @@ void CTimer::ClearPausedState()
 
 void CTimer::CheckTimerMidnight(CTimeEntry* entry)
 {
+    OperationScope scope(*this);
     Lock lock(m_doc.GetLock());
     if (entry == nullptr || entry->m_day == nullptr || !entry->IsRunning())
         return;
@@ -465,9 +520,10 @@ void CTimer::CheckTimerMidnight(CTimeEntry* entry)
 
 int CTimer::ResolveTimeConflict(CDay& day, CTimeEntry& entry)
 {
+    OperationScope scope(*this);
     {
         Lock lock(m_doc.GetLock());
-        if (!day.Conflicts(entry, &entry, m_doc.RoundedNow()))
+        if (!day.Conflicts(entry, &entry, m_doc.ConflictNow()))
             return 0;
     }
     const int choice = m_ui.ChooseConflictResolution();
@@ -480,10 +536,11 @@ int CTimer::ResolveTimeConflict(CDay& day, std::unique_ptr<CTimeEntry>& pending)
 {
     if (!pending)
         return 1;
+    OperationScope scope(*this);
     {
         Lock lock(m_doc.GetLock());
         pending->m_day = &day;
-        if (!day.Conflicts(*pending, pending.get(), m_doc.RoundedNow()))
+        if (!day.Conflicts(*pending, pending.get(), m_doc.ConflictNow()))
             return 0;
     }
     const int choice = m_ui.ChooseConflictResolution();
@@ -499,11 +556,17 @@ int CTimer::AdjustConflicts(CDay& day, CTimeEntry& entry, int choice)
     {
         for (int round = 0; round < kMaxAdjustRounds; ++round)
         {
-            const std::vector<CTimeEntry*> others = day.ConflictingEntries(entry, &entry, m_doc.RoundedNow());
+            const std::vector<CTimeEntry*> others = day.ConflictingEntries(entry, &entry, m_doc.ConflictNow());
             if (others.empty())
                 break;
             for (CTimeEntry* other : others)
-                m_doc.AdjustTimeEntry(other, &entry);
+            {
+                const EntryChange::Span before = EntryChange::SpanOf(*other);
+                const uint32_t taskId = other->m_taskId;
+                const std::vector<const CTimeEntry*> filed = FiledEntries(day);
+                const bool kept = m_doc.AdjustTimeEntry(other, &entry);
+                RecordEntryChange(m_changes, day, taskId, before, other, !kept, AddedSince(day, filed), false);
+            }
         }
         PlaceInOrder(day, &entry);
         return 0;
@@ -511,32 +574,35 @@ int CTimer::AdjustConflicts(CDay& day, CTimeEntry& entry, int choice)
 
     // Fitting the entry around an entry that lies inside it splits it; the part after
     // that entry is a new entry of its own and must be fitted around the rest in turn.
+    const EntryChange::Span before = EntryChange::SpanOf(entry);
+    const uint32_t taskId = entry.m_taskId;
     std::vector<CTimeEntry*> pieces = {&entry};
-    bool entryGone = false;
     for (size_t i = 0; i < pieces.size(); ++i)
     {
         CTimeEntry* piece = pieces[i];
         for (int round = 0; piece != nullptr && round < kMaxAdjustRounds; ++round)
         {
-            const std::vector<CTimeEntry*> others = day.ConflictingEntries(*piece, piece, m_doc.RoundedNow());
+            const std::vector<CTimeEntry*> others = day.ConflictingEntries(*piece, piece, m_doc.ConflictNow());
             if (others.empty())
                 break;
-            std::vector<const CTimeEntry*> before;
-            for (const auto& e : day.TimeEntries())
-                before.push_back(e.get());
+            const std::vector<const CTimeEntry*> filed = FiledEntries(day);
             if (!m_doc.AdjustTimeEntry(piece, others.front()))
             {
-                entryGone = entryGone || piece == &entry;
-                piece = nullptr;
+                pieces[i] = piece = nullptr;
                 break;
             }
-            for (const auto& e : day.TimeEntries())
-                if (std::find(before.begin(), before.end(), e.get()) == before.end())
-                    pieces.push_back(e.get());
+            for (CTimeEntry* added : AddedSince(day, filed))
+                pieces.push_back(added);
         }
         if (piece != nullptr)
             PlaceInOrder(day, piece);
     }
+    const bool entryGone = pieces.front() == nullptr;
+    std::vector<CTimeEntry*> split;
+    for (size_t i = 1; i < pieces.size(); ++i)
+        if (pieces[i] != nullptr)
+            split.push_back(pieces[i]);
+    RecordEntryChange(m_changes, day, taskId, before, &entry, entryGone, split, true);
     return entryGone ? 1 : 0;
 }
 
@@ -735,6 +801,13 @@ void CTimer::OnDocumentOpened()
         m_ui.StartTick();
         CheckTimerMidnight(active);
     }
+    const std::string path = m_doc.GetPathName();
+    if (!path.empty())
+    {
+        // Another program may have paused or stopped the timer since this one read the file.
+        m_app.GetStore().Refresh();
+        RestorePausedState(m_app.GetStore(), path);
+    }
     RefreshIcon();
 }
 
@@ -800,6 +873,21 @@ void CTimer::SavePausedState(platform::SettingsStore& store, const std::string& 
         store.SetString(kPausedSection, key, std::to_string(task->m_id));
     else
         store.Remove(kPausedSection, key);
+}
+
+void CTimer::KeepPausedState()
+{
+    const std::string path = m_doc.GetPathName();
+    if (path.empty())
+        return;
+    platform::SettingsStore& store = m_app.GetStore();
+    const std::string key = PausedStateKey(path);
+    const std::string before = store.GetString(kPausedSection, key, "");
+    SavePausedState(store, path);
+    // A failed write stays pending in the store, which the next save of the settings
+    // writes or reports.
+    if (store.GetString(kPausedSection, key, "") != before)
+        store.Save();
 }
 
 bool CTimer::RestorePausedState(const platform::SettingsStore& store, const std::string& documentPath)

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "timekeeping/entrychange.h"
 #include "timekeeping/timerui.h"
 
+#include <functional>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -54,12 +56,14 @@ public:
     static constexpr int kTickMilliseconds = 5000;
     // The tip of the notification-area icon holds at most this many characters.
     static constexpr size_t kTipLimit = 63;
-    // Section of the settings store that keeps a paused task between runs of programs
-    // that do not stay open (qvx): key = the document's path, value = the task id.
+    // Section of the settings store that keeps a paused task between runs: key = the
+    // document's path, value = the task id. The file itself has no place for it.
     static constexpr const char* kPausedSection = "Paused Timers";
 
-    // Becomes the document's "timer stopped" listener, and its source of the rounded
-    // current time when it has none yet.
+    // Becomes the document's "timer stopped" listener, and its source of the rounded and
+    // the unrounded current time when it has none yet. Every successful save of the
+    // document from then on keeps its paused task in the settings store (see
+    // SavePausedState), whichever program or thread saves it.
     CTimer(CTimeKeeperDoc& doc, CTimeKeeperApp& app, TimerUi& ui, platform::Prompter& prompter);
     ~CTimer();
     CTimer(const CTimer&) = delete;
@@ -123,8 +127,15 @@ public:
     // true while a timer runs (the tick is to be re-armed).
     bool OnTimerTick();
     // After a document was read: resumes the timer on an entry with a null end, starts
-    // the tick and runs the midnight check once; shows the resulting state.
+    // the tick and runs the midnight check once; then, when no timer runs, takes up the
+    // task that was paused when the document was last saved (RestorePausedState, from
+    // the settings file as it is now); shows the resulting state.
     void OnDocumentOpened();
+
+    // What the conflict adjustments of the last finished operation (start, stop, pause,
+    // resume, midnight check, conflict resolution) changed; shown through
+    // TimerUi::ShowEntryChanges as it finished.
+    const std::vector<EntryChange>& LastEntryChanges() const { return m_lastChanges; }
 
     // Queries.
     bool IsRunning() const;
@@ -134,7 +145,7 @@ public:
     // Elapsed text of the running entry up to the rounded current time; empty when none.
     std::string GetActiveElapsedText() const;
 
-    // A paused task across separate runs (qvx): stored in the settings store under the
+    // A paused task across saves and runs: stored in the settings store under the
     // document's path. Save writes the key while a task is paused and removes it
     // otherwise; the caller saves the store. Restore pauses the task again when no
     // timer runs and the task still exists, and answers whether it did.
@@ -152,7 +163,24 @@ private:
         bool entryGone = false; // the stop deleted the running entry
     };
 
+    // Collects the entry changes of one public operation and shows them once, when the
+    // outermost one ends (a start runs a stop, a pause a stop, a stop the conflict
+    // resolution). Declare it before any lock, so that it ends after them.
+    class OperationScope
+    {
+    public:
+        explicit OperationScope(CTimer& timer);
+        ~OperationScope();
+        OperationScope(const OperationScope&) = delete;
+        OperationScope& operator=(const OperationScope&) = delete;
+
+    private:
+        CTimer& m_timer;
+    };
+
     StopOutcome StopTimerImpl(bool setModified, int minuteRounding);
+    // After a successful save: the paused task into the settings file, when it changed.
+    void KeepPausedState();
     void DeleteStoppedEntry(CTimeEntry* entry, bool setModified);
     void RestorePrevious(const CTimeEntry& copy, const CDateTime& date, CTimeEntry* previous,
                          bool previousGone);
@@ -170,4 +198,9 @@ private:
     TimerUi& m_ui;
     platform::Prompter& m_prompter;
     bool m_ownsRoundedNow = false;
+    bool m_ownsNow = false;
+    std::function<void()> m_previousOnSaved;
+    int m_operationDepth = 0;
+    std::vector<EntryChange> m_changes;
+    std::vector<EntryChange> m_lastChanges;
 };

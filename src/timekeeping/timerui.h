@@ -38,4 +38,9 @@ public:
 
     // The running total of the status bar is out of date.
     virtual void RefreshStatus() {}
+
+    // An operation of the timer changed time entries beyond the one it stopped or started
+    // as it was (it fitted entries around each other): one line saying what, to be shown
+    // where the person sees it.
+    virtual void ShowEntryChanges(const std::string& text) = 0;
 };

@@ -7,6 +7,8 @@
 #include "views/sheetlistview.h"
 #include "views/trayicon.h"
 
+#include <QStatusBar>
+
 int CQtTimerUi::EditTimeEntry(CDay& day, CTimeEntry& entry)
 {
     CTimeEntryPropertySheet sheet(m_frame, day, entry, &m_frame);
@@ -46,4 +48,9 @@ void CQtTimerUi::StopTick()
 void CQtTimerUi::RefreshStatus()
 {
     m_frame.RefreshStatus();
+}
+
+void CQtTimerUi::ShowEntryChanges(const std::string& text)
+{
+    m_frame.statusBar()->showMessage(ToQ(text));
 }

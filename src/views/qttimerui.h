@@ -17,6 +17,8 @@ public:
     void StartTick() override;
     void StopTick() override;
     void RefreshStatus() override;
+    // On the status bar, until the next message replaces it.
+    void ShowEntryChanges(const std::string& text) override;
 
 private:
     CMainFrame& m_frame;

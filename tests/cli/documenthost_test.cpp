@@ -32,6 +32,7 @@ public:
     int EditTimeEntry(CDay&, CTimeEntry&) override { return 2; }
     int ChooseConflictResolution() override { return 2; }
     void ShowTimerState(TimerIcon icon, const std::string&) override { last = icon; }
+    void ShowEntryChanges(const std::string&) override {}
     TimerIcon last = TimerIcon::running;
 };
 
@@ -128,8 +129,9 @@ TEST_F(DocumentHostTest, PauseStaysWithTheHostAndQuestionsNeedAnAnswer)
     Output o = Host({"pause", Path("doc.qvx")});
     ASSERT_EQ(o.status, 0) << o.err;
     EXPECT_TRUE(m_timer->IsPaused());
-    // The host keeps its paused task itself; nothing is left in its settings for qvx.
-    EXPECT_FALSE(m_store.Has(CTimer::kPausedSection, CTimer::PausedStateKey(Path("doc.qvx"))));
+    // Saved like any pause, so that it outlasts the host.
+    EXPECT_EQ(m_store.GetString(CTimer::kPausedSection, CTimer::PausedStateKey(Path("doc.qvx")), ""),
+              std::to_string(cli::FindTask(m_doc, "Acme")->m_id));
 
     o = Host({"task", "rm", Path("doc.qvx"), "Acme"});
     EXPECT_EQ(o.status, 1);

@@ -204,6 +204,8 @@ TEST_F(QvxDocTest, DayOfWork)
     EXPECT_TRUE(Contains(out, "#  Task          Start     End       Elapsed")) << out;
     EXPECT_TRUE(Contains(out, "1  Acme/Website  9:00 AM   9:30 AM   0:30")) << out;
     EXPECT_TRUE(Contains(out, "7  Acme/Support  12:30 PM  1:00 PM   0:30")) << out;
+    // Without a date or a task: today's list, as the window opens on it.
+    EXPECT_EQ(Ok({"entries", "doc.qvx", "--kind", "time"}, "2024-06-11 18:00"), out);
     out = Ok({"entries", "doc.qvx", "--task", "Acme/Website", "--kind", "time"});
     EXPECT_TRUE(Contains(out, "Date")) << out;
     EXPECT_TRUE(Contains(out, "0:45")) << out;
@@ -548,7 +550,7 @@ TEST_F(QvxDocTest, BadArgumentsGiveOneLineAndChangeNothing)
         {"expense", "add", "doc.qvx", "Acme", "--date", "2024-06-11", "--amount", "5", "--type",
          "Caviar"},
         {"todo", "add", "doc.qvx", "Acme", "Call", "--priority", "10"},
-        {"entries", "doc.qvx"},
+        {"entries", "doc.qvx", "--date", "2024-06-11", "--task", "Acme"},
         {"entries", "doc.qvx", "--date", "2024-06-11", "--kind", "hours"},
         {"start", "doc.qvx", "Acme", "--bogus", "1"},
         {"task", "add", "doc.qvx"},

@@ -33,6 +33,7 @@ public:
     int EditTimeEntry(CDay&, CTimeEntry&) override { return 2; }
     int ChooseConflictResolution() override { return 2; }
     void ShowTimerState(TimerIcon, const std::string&) override {}
+    void ShowEntryChanges(const std::string&) override {}
 };
 
 class DocumentServiceTest : public ::testing::Test

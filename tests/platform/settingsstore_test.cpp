@@ -124,6 +124,11 @@ TEST(SettingsStore, SaveKeepsWhatAnotherProgramChangedMeanwhile)
     ASSERT_TRUE(cli.Save());
     gui.SetInt("Settings", "TimeInterval", 4);
     gui.Remove("Settings", "Obsolete");
+    // A refresh sees what the other program wrote and keeps this one's unsaved changes.
+    ASSERT_TRUE(gui.Refresh());
+    EXPECT_EQ(gui.GetInt("Settings", "InvoiceNumber", 0), 8);
+    EXPECT_EQ(gui.GetInt("Settings", "TimeInterval", 0), 4);
+    EXPECT_FALSE(gui.Has("Settings", "Obsolete"));
     ASSERT_TRUE(gui.Save());
 
     SettingsStore check(path);

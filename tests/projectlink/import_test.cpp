@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace projectlink;
 using namespace qvtest;
 
@@ -269,6 +271,18 @@ TEST_F(ImportTest, WriteBackSendsOneValuePerDayOfThePeriod)
     EXPECT_EQ(0.0, plan.updates[0].billing[0]) << "billing not included";
     EXPECT_EQ(0, plan.updates[0].includeBilling);
     EXPECT_DOUBLE_EQ(Day(2024, 6, 12).GetValue(), plan.updates[0].completion);
+
+    // The completion goes only with the work of a period that holds its day.
+    const std::tuple<bool, int, int> noCompletion[] = {{false, 12, 12}, {true, 10, 11}, {true, 13, 14}};
+    for (const auto& [work, from, to] : noCompletion)
+    {
+        plan.updates.clear();
+        o.updateWork = work;
+        o.from = Day(2024, 6, from);
+        o.to = Day(2024, 6, to);
+        ASSERT_EQ(S_OK, UpdateProject(*doc, link, plan, o, ui));
+        EXPECT_EQ(0.0, plan.updates.at(0).completion) << work << " " << from;
+    }
 }
 
 TEST(ProgressTextTest, PercentAndStatus)

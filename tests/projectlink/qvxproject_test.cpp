@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 
+#include <array>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 namespace
@@ -151,6 +153,47 @@ TEST_F(QvxProjectTest, RefusalsNameWhatIsWrong)
     EXPECT_NE(std::string::npos, Ok({"project", "list", doc}).find("#1 Website Relaunch"));
     EXPECT_NE(std::string::npos, Ok({"project", "rm", doc, "Website Relaunch", "--yes"}).find("Deleted project #1"));
     EXPECT_EQ("No projects.\n", Ok({"project", "list", doc}));
+}
+
+// Work recorded before the first update, and the imported to-do completed: the first update
+// writes every day of it, and the completion with it.
+TEST_F(QvxProjectTest, FirstUpdateWritesTheWorkDoneBeforeIt)
+{
+    Ok({"project", "link", doc, plan, "--parent", "Client", "--resource", "Pat Example"}, "2024-06-03 08:00");
+    const std::vector<std::array<std::string, 3>> work = {
+        {"2024-06-04", "09:00", "11:15"}, {"2024-06-06", "13:00", "13:50"},
+        {"2024-06-06", "14:10", "14:40"}, {"2024-06-10", "08:00", "08:45"}};
+    const auto minutes = [](const std::string& t) { return std::stoi(t.substr(0, 2)) * 60 + std::stoi(t.substr(3)); };
+    const auto duration = [](int m) { return "PT" + std::to_string(m / 60) + "H" + std::to_string(m % 60) + "M0S"; };
+    std::map<std::string, int> perDay;
+    for (const auto& [date, start, end] : work)
+    {
+        Ok({"time", "add", doc, "#4", "--date", date, "--start", start, "--end", end});
+        perDay[date] += minutes(end) - minutes(start);
+    }
+    Ok({"todo", "complete", doc, "1", "--date", "2024-06-10"}, "2024-06-10 17:00");
+    const std::string out = Ok({"project", "update", doc, "#1"}, "2024-06-11 18:00");
+    EXPECT_NE(std::string::npos, out.find("actual work of 06/04/2024 to 06/11/2024")) << out;
+    pugi::xml_document after;
+    ASSERT_TRUE(after.load_file(plan.c_str()));
+    pugi::xml_node a = Assignment(after, 2, 1);
+    std::map<std::string, std::string> written, expected;
+    for (pugi::xml_node td : a.children("TimephasedData"))
+        if (td.child("Type").text().as_int() == 2)
+            written[std::string(td.child_value("Start")).substr(0, 10)] = td.child_value("Value");
+    for (const auto& [date, m] : perDay)
+        expected[date] = duration(m);
+    EXPECT_EQ(expected, written);
+    EXPECT_EQ("2024-06-10T17:00:00", std::string(a.child_value("ActualFinish")));
+}
+
+// A plan that gives no project name is linked under its file's name.
+TEST_F(QvxProjectTest, APlanWithoutANameIsNamedAfterItsFile)
+{
+    const std::string gan = Path("House Build.gan");
+    std::ofstream(gan) << "<project name=\"\"><tasks><task id=\"0\" name=\"Walls\"/></tasks></project>\n";
+    const std::string out = Ok({"project", "link", doc, gan, "--parent", "Client", "--resource", "none"});
+    EXPECT_NE(std::string::npos, out.find("Linked project #1 'House Build'")) << out;
 }
 
 } // namespace

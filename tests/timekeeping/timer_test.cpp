@@ -3,6 +3,8 @@
 #include "model/day.h"
 #include "platform/messages.h"
 
+#include <tuple>
+
 using Strings = std::vector<std::string>;
 
 TEST_F(TimerTest, StartRoundsToTheIntervalAndBackToBackLeavesNoGap)
@@ -168,6 +170,50 @@ TEST_F(TimerTest, ResumeFitsOtherEntriesAroundItWithoutAsking)
     ASSERT_EQ(timer.PauseResumeTimer(), 1);
     EXPECT_EQ(ui.choiceCalls, 0);
     EXPECT_EQ(Entries(), Strings({"09:00-10:00", "10:10-10:23", "10:23-run"}));
+    EXPECT_EQ(ui.shownChanges, Strings({"Globex/Audit 10:10 AM-10:25 AM is now 10:10 AM-10:23 AM."}));
+}
+
+// A pause is not asked about: what was typed inside the paused entry's time stays as typed,
+// the paused entry gives way, and the person is told how. Website runs from 11:15.
+TEST_F(TimerTest, PauseGivesWayToEntriesTypedWhileTheTimerRan)
+{
+    const std::string paused = "Acme/Website 11:15 AM-11:19 AM ";
+    const std::tuple<int, int, Strings, std::string> cases[] = {
+        {16, 18, {"11:15-11:16", "11:16-11:18", "11:18-11:19"},
+         "was split around other entries into 11:15 AM-11:16 AM and 11:18 AM-11:19 AM."},
+        {17, 45, {"11:15-11:17", "11:17-11:45"}, "was fitted around other entries to 11:15 AM-11:17 AM."},
+        {0, 30, {"11:00-11:30"}, "lay within other entries and was removed."},
+    };
+    app.SetTimeInterval(4);
+    for (int day = 0; day < 3; ++day)
+    {
+        const auto& [typedFrom, typedTo, entries, told] = cases[day];
+        At(11, 12, 0, day);
+        ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+        qvtest::AddTime(doc, audit, Date(day), 11, typedFrom, 11, typedTo);
+        At(11, 19, 0, day);
+        ui.shownChanges.clear();
+        ASSERT_EQ(timer.PauseResumeTimer(), 1);
+        EXPECT_EQ(Entries(day), entries);
+        EXPECT_EQ(ui.shownChanges, Strings({paused + told}));
+        EXPECT_EQ(timer.GetPausedTask(), website);
+    }
+    EXPECT_EQ(ui.choiceCalls, 0);
+}
+
+// The running entry spans its start to now even while the rounded time lags behind: an entry
+// typed into that span is a conflict and is resolved like any other.
+TEST_F(TimerTest, EntryTypedIntoTheTimeAlreadyRunIsAConflict)
+{
+    app.SetTimeInterval(4);
+    At(11, 12);
+    ASSERT_EQ(timer.StartTimer(website, 0, ""), 1);
+    At(11, 17); // rounded: still 11:15
+    ui.choices = {1};
+    CTimeEntry* typed = AddEntry(audit, CTinyTime(11, 16), CTinyTime(11, 18));
+    EXPECT_EQ(timer.ResolveTimeConflict(*doc.GetDay(Date()), *typed), 0);
+    EXPECT_EQ(ui.choiceCalls, 1);
+    EXPECT_EQ(Entries(), Strings({"11:15-run", "11:17-11:18"}));
 }
 
 class StopConflict : public TimerTest
@@ -190,6 +236,7 @@ TEST_F(StopConflict, AdjustOthers)
     EXPECT_EQ(StopOverlapping(), 1);
     EXPECT_EQ(Entries(), Strings({"09:30-10:15", "10:15-10:30"}));
     EXPECT_FALSE(timer.IsRunning());
+    EXPECT_EQ(ui.shownChanges, Strings({"Globex/Audit 10:00 AM-10:30 AM is now 10:15 AM-10:30 AM."}));
 }
 
 TEST_F(StopConflict, AdjustThis)

@@ -59,6 +59,7 @@ public:
         icon = shown;
         tip = shownTip;
     }
+    void ShowEntryChanges(const std::string& text) override { shownChanges.push_back(text); }
     void StartTick() override { ticking = true; }
     void StopTick() override { ticking = false; }
 
@@ -71,6 +72,7 @@ public:
     int choiceCalls = 0;
     TimerIcon icon = TimerIcon::inactive;
     std::string tip;
+    std::vector<std::string> shownChanges;
     bool ticking = false;
 
 private:

@@ -56,6 +56,8 @@ TEST_F(TimerTest, MidnightStopFitsTheClosedEntryAroundAnother)
     EXPECT_FALSE(timer.OnTimerTick());
     EXPECT_EQ(Entries(), Strings({"22:00-23:00", "23:00-23:30", "23:30-24:00"}));
     EXPECT_EQ(ui.choiceCalls, 0);
+    EXPECT_EQ(ui.shownChanges, Strings({"Acme/Website 10:00 PM-12:00 AM on 03/11/2024 was split around other "
+                                        "entries into 10:00 PM-11:00 PM and 11:30 PM-12:00 AM."}));
 }
 
 class OpenedDocument : public TimerTest

@@ -22,6 +22,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -56,6 +57,7 @@ private slots:
     void inactiveTasksHideWithTheirSubtree();
     void startsAndStopsTheTimerFromTheTree();
     void timerChangesAreWrittenAtOnce();
+    void aPauseSaysWhatItChangedAndSurvivesASave();
     void trayMenuFollowsTheTimerState();
     void switchesBetweenDateAndTaskView();
     void goesToDatesAndPagesTheCalendar();
@@ -371,6 +373,27 @@ void TestMainFrame::timerChangesAreWrittenAtOnce()
     f.frame->StartTimer(f.doc.GetTask(client));
     QCOMPARE(runningOnDisk(), 0);
     QVERIFY(f.doc.IsModified());
+}
+
+void TestMainFrame::aPauseSaysWhatItChangedAndSurvivesASave()
+{
+    ViewFixture f;
+    const uint32_t training = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Training");
+    const uint32_t audit = f.AddTask(CTimeKeeperDoc::kRootTaskId, 1, "Audit");
+    f.Reopen();
+    f.app->SetTimeInterval(4);
+    f.app->SetAutoSave(0);
+    f.clock.Set({2024, 3, 13, 11, 12, 0});
+    f.frame->StartTimer(f.Task(training));
+    f.AddTime(audit, CDateTime::FromDate(2024, 3, 13), 11, 16, 11, 18); // typed while it runs
+    f.clock.Set({2024, 3, 13, 11, 19, 0});
+    f.frame->PauseResumeTimer();
+    QVERIFY(f.frame->statusBar()->currentMessage().startsWith(
+        QStringLiteral("Training 11:15 AM-11:19 AM was split around other entries into 11:15 AM-11:16 AM")));
+    // Saved as Ctrl+S saves, then opened again as at the next start.
+    QVERIFY(f.frame->SaveDocument());
+    f.frame->OpenDocumentFile(f.path);
+    QCOMPARE(f.frame->Tray()->State(), TimerIcon::paused);
 }
 
 void TestMainFrame::trayMenuFollowsTheTimerState()
