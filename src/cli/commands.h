@@ -47,5 +47,6 @@ void RegisterTimerCommands(CommandTable& table);
 void RegisterReportCommands(CommandTable& table);
 void RegisterOptionsCommands(CommandTable& table);
 void RegisterProjectCommands(CommandTable& table);
+void RegisterInterchangeCommands(CommandTable& table);
 
 } // namespace cli

@@ -84,6 +84,7 @@ const CommandTable& AllCommands()
         RegisterReportCommands(t);
         RegisterOptionsCommands(t);
         RegisterProjectCommands(t);
+        RegisterInterchangeCommands(t);
         return t;
     }();
     return table;
