@@ -353,6 +353,9 @@ int ExportICal(Context& ctx)
            << Count(result.todos, "to-do", "to-dos") << (out == "-" ? "" : " to " + out)
            << (result.runningSkipped ? " (the running entry has no end yet and was left out)" : "")
            << "\n";
+    if (result.emptySkipped)
+        report << "Left out " << Count(result.emptySkipped, "time entry", "time entries")
+               << " of no length\n";
     return 0;
 }
 } // namespace

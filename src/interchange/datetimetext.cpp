@@ -167,7 +167,8 @@ std::optional<CivilDate> ReadDate(std::string_view text, std::string_view pictur
         if (!v)
             return std::nullopt;
     }
-    if (i != text.size() || d.year == 0 || d.month == 0 || d.day == 0)
+    if (i != text.size() || d.year == 0 || d.month < 1 || d.month > 12 || d.day < 1 ||
+        d.day > DaysInMonth(d.year, d.month))
         return std::nullopt;
     return d;
 }

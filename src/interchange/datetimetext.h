@@ -19,7 +19,8 @@ struct CivilDate
 
 // By a strftime-like picture: %Y (four digits), %y (two: 1970 to 2069), %m, %d, %e,
 // %b and %B (English month names, or their first three letters), %a and %A (a day
-// name, not checked); "%-d" reads as "%d"; a blank matches any number of blanks.
+// name, not checked); "%-d" reads as "%d"; a blank matches any number of blanks. The
+// day must be one of the month; the year is not checked.
 std::optional<CivilDate> ReadDate(std::string_view text, std::string_view picture);
 // "2024-06-10" or "2024/06/10".
 std::optional<CivilDate> ReadIsoDate(std::string_view text);

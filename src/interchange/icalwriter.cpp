@@ -167,6 +167,8 @@ ICalExport Writer::Write()
                 continue;
             if (e->IsRunning())
                 ++m_result.runningSkipped;
+            else if (e->m_end == e->m_start)
+                ++m_result.emptySkipped;
             else
                 AddEvent(calendar, *day->second, *e, ordinal);
         }

@@ -27,9 +27,10 @@ struct ICalExport
     size_t events = 0;
     size_t todos = 0;
     size_t runningSkipped = 0; // the running entry has no end yet
+    size_t emptySkipped = 0;   // entries of no length show nowhere
 };
 
-// Time entries as VEVENTs (summary: the task path; description: the note; category: the
+// Time entries of some length as VEVENTs (summary: the task path; description: the note; category: the
 // activity; times in UTC) and to-dos as VTODOs (category: the task path): outstanding
 // ones, and those completed in the date range. Each item's UID stays the same from one
 // export to the next (a time entry's day and start, a to-do's task and description), so

@@ -129,56 +129,59 @@ std::string Planner::PathOf(const TaskRef& ref) const
 std::optional<CImportPlan::TaskRef> Planner::ResolvePath(const std::vector<std::string>& path,
                                                          const std::string& where)
 {
-    TaskRef at{m_under->m_id, -1};
-    bool first = true;
+    std::vector<std::string> names;
     for (const std::string& raw : path)
+        if (std::string name = Trim(raw); !name.empty())
+            names.push_back(std::move(name));
+    // A path of our own export may begin with the top task's name.
+    if (m_pathsFromTop && !names.empty() && Lower(names[0]) == Lower(m_under->m_name) &&
+        std::none_of(m_under->m_children.begin(), m_under->m_children.end(),
+                     [&](const CTask* c) { return Lower(c->m_name) == Lower(names[0]); }))
+        names.erase(names.begin());
+
+    TaskRef at{m_under->m_id, -1};
+    size_t i = 0;
+    for (; i < names.size(); ++i)
     {
-        const std::string name = Trim(raw);
-        if (name.empty())
-            continue;
-        const std::string lower = Lower(name);
-        // A path of our own export may begin with the top task's name.
-        if (first && m_pathsFromTop && lower == Lower(m_under->m_name))
-        {
-            const bool childNamedSo = std::any_of(m_under->m_children.begin(), m_under->m_children.end(),
-                                                  [&](const CTask* c) { return Lower(c->m_name) == lower; });
-            first = false;
-            if (!childNamedSo)
-                continue;
-        }
-        first = false;
-        const std::string key = Key(at) + '\x1f' + lower;
-        if (auto it = m_resolved.find(key); it != m_resolved.end())
+        const std::string lower = Lower(names[i]);
+        if (auto it = m_resolved.find(Key(at) + '\x1f' + lower); it != m_resolved.end())
         {
             at = it->second;
             continue;
         }
-        std::optional<TaskRef> found;
+        const CTask* found = nullptr;
         if (!at.IsNew())
             for (const CTask* child : m_doc.GetTask(at.id)->m_children)
                 if (Lower(child->m_name) == lower)
                 {
-                    found = TaskRef{child->m_id, -1};
+                    found = child;
                     break;
                 }
         if (!found)
-        {
-            const uint16_t level = uint16_t(LevelOf(at) + 1);
-            if (level > kDeepestLevel)
-            {
-                m_plan.Skip(where, kTooDeepReason);
-                return std::nullopt;
-            }
-            if (!at.IsNew() && m_doc.GetTask(at.id)->m_projectId != 0)
-            {
-                m_plan.Skip(where, kProjectParentReason);
-                return std::nullopt;
-            }
-            const std::string parentPath = PathOf(at);
-            found = m_plan.AddTask({at, name, level, parentPath.empty() ? name : parentPath + "/" + name});
-        }
-        m_resolved.emplace(key, *found);
-        at = *found;
+            break;
+        m_resolved.emplace(Key(at) + '\x1f' + lower, TaskRef{found->m_id, -1});
+        at = TaskRef{found->m_id, -1};
+    }
+    if (i == names.size())
+        return at;
+    // The rest of the path is new: all of it can be made, or none.
+    if (LevelOf(at) + (names.size() - i) > kDeepestLevel)
+    {
+        m_plan.Skip(where, kTooDeepReason);
+        return std::nullopt;
+    }
+    if (!at.IsNew() && m_doc.GetTask(at.id)->m_projectId != 0)
+    {
+        m_plan.Skip(where, kProjectParentReason);
+        return std::nullopt;
+    }
+    for (; i < names.size(); ++i)
+    {
+        const std::string parentPath = PathOf(at);
+        const TaskRef made = m_plan.AddTask({at, names[i], uint16_t(LevelOf(at) + 1),
+                                             parentPath.empty() ? names[i] : parentPath + "/" + names[i]});
+        m_resolved.emplace(Key(at) + '\x1f' + Lower(names[i]), made);
+        at = made;
     }
     return at;
 }
