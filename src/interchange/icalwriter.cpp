@@ -3,9 +3,8 @@
 #include "interchange/wallclock.h"
 #include "model/timekeeperdoc.h"
 
-#include <libical/ical.h>
-
 #include <cstdio>
+#include <ctime>
 #include <map>
 #include <mutex>
 #include <unordered_set>
@@ -43,9 +42,16 @@ std::string FullPath(const CTask* task)
     return path;
 }
 
-icaltimetype Utc(LocalSeconds local)
+// "20240610T070000Z" of the moment the local clock reads `local`.
+std::string Utc(LocalSeconds local)
 {
-    return icaltime_from_timet_with_zone(time_t(UtcFromLocal(local)), 0, icaltimezone_get_utc_timezone());
+    const std::time_t t = std::time_t(UtcFromLocal(local));
+    std::tm tm{};
+    gmtime_r(&t, &tm);
+    char text[48];
+    std::snprintf(text, sizeof text, "%04d%02d%02dT%02d%02d%02dZ", tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday,
+                  tm.tm_hour, tm.tm_min, tm.tm_sec);
+    return text;
 }
 
 LocalSeconds LocalAt(const CDateTime& day, const CTinyTime& time)
@@ -53,7 +59,51 @@ LocalSeconds LocalAt(const CDateTime& day, const CTinyTime& time)
     return LocalFromCivil(day.GetYear(), day.GetMonth(), day.GetDay()) + time.MinutesOfDay() * 60;
 }
 
-void AddText(icalcomponent* c, icalproperty* p) { icalcomponent_add_property(c, p); }
+// A TEXT value: backslash, semicolon, comma and line breaks escaped (a comma too, so that a
+// category with one stays one category).
+std::string Escaped(const std::string& text)
+{
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i)
+    {
+        const char c = text[i];
+        if (c == '\\' || c == ';' || c == ',')
+            out += std::string("\\") + c;
+        else if (c == '\r')
+            continue;
+        else if (c == '\n')
+            out += "\\n";
+        else
+            out += c;
+    }
+    return out;
+}
+
+// Content lines end in CR LF and are folded before 75 bytes, never inside a character.
+class ContentWriter
+{
+public:
+    void Line(const std::string& name, const std::string& value)
+    {
+        const std::string line = name + ":" + value;
+        size_t start = 0;
+        size_t limit = 75;
+        while (line.size() - start > limit)
+        {
+            size_t cut = start + limit;
+            while (cut > start && (static_cast<unsigned char>(line[cut]) & 0xC0) == 0x80)
+                --cut;
+            m_text += (start ? " " : "") + line.substr(start, cut - start) + "\r\n";
+            start = cut;
+            limit = 74; // a continuation begins with a blank
+        }
+        m_text += (start ? " " : "") + line.substr(start) + "\r\n";
+    }
+    std::string& Text() { return m_text; }
+
+private:
+    std::string m_text;
+};
 
 class Writer
 {
@@ -74,88 +124,75 @@ private:
         return (m_options.from.IsNull() || !(date.DatePart() < m_options.from.DatePart())) &&
                (m_options.to.IsNull() || !(m_options.to.DatePart() < date.DatePart()));
     }
-    void AddEvent(icalcomponent* calendar, const CDay& day, const CTimeEntry& e, int ordinal);
-    void AddToDo(icalcomponent* calendar, const CToDoEntry& t);
+    void AddEvent(const CDay& day, const CTimeEntry& e, int ordinal);
+    void AddToDo(const CToDoEntry& t);
 
     const CTimeKeeperDoc& m_doc;
     const ICalExportOptions& m_options;
     const std::string m_docId;
-    const icaltimetype m_stamp;
+    const std::string m_stamp;
     std::unordered_set<uint32_t> m_tasks;
     std::map<std::string, int> m_todoOrdinals;
+    ContentWriter m_out;
     ICalExport m_result;
 };
 
-void Writer::AddEvent(icalcomponent* calendar, const CDay& day, const CTimeEntry& e, int ordinal)
+void Writer::AddEvent(const CDay& day, const CTimeEntry& e, int ordinal)
 {
     const CDateTime& date = day.GetDate();
-    icalcomponent* event = icalcomponent_new_vevent();
+    m_out.Line("BEGIN", "VEVENT");
     // The day and the start name the entry: no two entries of a day overlap, so only
     // entries of no length can share both, and their order among them tells them apart.
-    AddText(event, icalproperty_new_uid((date.Format("%Y%m%d") + "T" + date.AddMinutes(e.m_start.MinutesOfDay()).Format("%H%M") +
-                                         "-" + std::to_string(ordinal) + ".time." + m_docId + "@quorvane")
-                                            .c_str()));
-    AddText(event, icalproperty_new_dtstamp(m_stamp));
-    AddText(event, icalproperty_new_dtstart(Utc(LocalAt(date, e.m_start))));
-    AddText(event, icalproperty_new_dtend(Utc(LocalAt(date, e.m_end))));
-    AddText(event, icalproperty_new_summary(FullPath(m_doc.GetTask(e.m_taskId)).c_str()));
+    m_out.Line("UID", date.Format("%Y%m%d") + "T" + date.AddMinutes(e.m_start.MinutesOfDay()).Format("%H%M") +
+                          "-" + std::to_string(ordinal) + ".time." + m_docId + "@quorvane");
+    m_out.Line("DTSTAMP", m_stamp);
+    m_out.Line("DTSTART", Utc(LocalAt(date, e.m_start)));
+    m_out.Line("DTEND", Utc(LocalAt(date, e.m_end)));
+    m_out.Line("SUMMARY", Escaped(FullPath(m_doc.GetTask(e.m_taskId))));
     if (!e.m_note.empty())
-        AddText(event, icalproperty_new_description(e.m_note.c_str()));
+        m_out.Line("DESCRIPTION", Escaped(e.m_note));
     if (const CActivity* a = e.m_activityId ? m_doc.GetActivity(e.m_activityId) : nullptr)
-        AddText(event, icalproperty_new_categories(a->m_name.c_str()));
-    icalcomponent_add_component(calendar, event);
+        m_out.Line("CATEGORIES", Escaped(a->m_name));
+    m_out.Line("END", "VEVENT");
     ++m_result.events;
 }
 
-void Writer::AddToDo(icalcomponent* calendar, const CToDoEntry& t)
+void Writer::AddToDo(const CToDoEntry& t)
 {
-    icalcomponent* todo = icalcomponent_new_vtodo();
     const std::string key = std::to_string(t.m_taskId) + '\x1f' + t.m_description;
     const int ordinal = ++m_todoOrdinals[key];
-    AddText(todo, icalproperty_new_uid((Hex(Fnv1a(key), 16) + "-" + std::to_string(ordinal) + ".todo." + m_docId +
-                                        "@quorvane")
-                                           .c_str()));
-    AddText(todo, icalproperty_new_dtstamp(m_stamp));
-    AddText(todo, icalproperty_new_summary(t.m_description.c_str()));
+    m_out.Line("BEGIN", "VTODO");
+    m_out.Line("UID", Hex(Fnv1a(key), 16) + "-" + std::to_string(ordinal) + ".todo." + m_docId + "@quorvane");
+    m_out.Line("DTSTAMP", m_stamp);
+    m_out.Line("SUMMARY", Escaped(t.m_description));
     if (!t.m_note.empty())
-        AddText(todo, icalproperty_new_description(t.m_note.c_str()));
-    AddText(todo, icalproperty_new_categories(FullPath(m_doc.GetTask(t.m_taskId)).c_str()));
+        m_out.Line("DESCRIPTION", Escaped(t.m_note));
+    m_out.Line("CATEGORIES", Escaped(FullPath(m_doc.GetTask(t.m_taskId))));
     const char p = t.m_priority.empty() ? '1' : t.m_priority[0];
-    AddText(todo, icalproperty_new_priority(p >= '1' && p <= '9' ? p - '0' : 9));
+    m_out.Line("PRIORITY", p >= '1' && p <= '9' ? std::string(1, p) : "9");
     // The letters below 9 have no iCalendar priority of their own.
     if (!(p >= '1' && p <= '9'))
-    {
-        icalproperty* own = icalproperty_new_x(t.m_priority.c_str());
-        icalproperty_set_x_name(own, "X-QUORVANE-PRIORITY");
-        AddText(todo, own);
-    }
+        m_out.Line("X-QUORVANE-PRIORITY", Escaped(t.m_priority));
     if (!t.m_dueDate.IsNull())
-    {
-        icaltimetype due = icaltime_null_date();
-        due.year = t.m_dueDate.GetYear();
-        due.month = t.m_dueDate.GetMonth();
-        due.day = t.m_dueDate.GetDay();
-        AddText(todo, icalproperty_new_due(due));
-    }
+        m_out.Line("DUE;VALUE=DATE", t.m_dueDate.Format("%Y%m%d"));
     if (t.IsCompleted())
     {
-        AddText(todo, icalproperty_new_status(ICAL_STATUS_COMPLETED));
+        m_out.Line("STATUS", "COMPLETED");
         // Midday keeps the day the same wherever the calendar is read.
-        AddText(todo, icalproperty_new_completed(Utc(LocalAt(t.m_completeDate, CTinyTime(12, 0)))));
+        m_out.Line("COMPLETED", Utc(LocalAt(t.m_completeDate, CTinyTime(12, 0))));
     }
     else
-        AddText(todo, icalproperty_new_status(ICAL_STATUS_NEEDSACTION));
-    icalcomponent_add_component(calendar, todo);
+        m_out.Line("STATUS", "NEEDS-ACTION");
+    m_out.Line("END", "VTODO");
     ++m_result.todos;
 }
 
 ICalExport Writer::Write()
 {
-    icalcomponent* calendar = icalcomponent_new_vcalendar();
-    AddText(calendar, icalproperty_new_version("2.0"));
-    AddText(calendar, icalproperty_new_prodid(kOwnProductId));
-    AddText(calendar, icalproperty_new_calscale("GREGORIAN"));
-
+    m_out.Line("BEGIN", "VCALENDAR");
+    m_out.Line("VERSION", "2.0");
+    m_out.Line("PRODID", kOwnProductId);
+    m_out.Line("CALSCALE", "GREGORIAN");
     auto day = m_options.from.IsNull() ? m_doc.m_days.begin() : m_doc.m_days.lower_bound(m_options.from.DayKey());
     for (; day != m_doc.m_days.end() && InRange(day->second->GetDate()); ++day)
     {
@@ -170,20 +207,17 @@ ICalExport Writer::Write()
             else if (e->m_end == e->m_start)
                 ++m_result.emptySkipped;
             else
-                AddEvent(calendar, *day->second, *e, ordinal);
+                AddEvent(*day->second, *e, ordinal);
         }
         for (const auto& t : day->second->ToDoEntries())
             if (m_tasks.count(t->m_taskId))
-                AddToDo(calendar, *t);
+                AddToDo(*t);
     }
     for (const auto& t : m_doc.m_todoList)
         if (m_tasks.count(t->m_taskId))
-            AddToDo(calendar, *t);
-
-    char* text = icalcomponent_as_ical_string_r(calendar);
-    m_result.text = text ? text : "";
-    icalmemory_free_buffer(text);
-    icalcomponent_free(calendar);
+            AddToDo(*t);
+    m_out.Line("END", "VCALENDAR");
+    m_result.text = std::move(m_out.Text());
     return std::move(m_result);
 }
 } // namespace
