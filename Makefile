@@ -32,6 +32,7 @@ run: demo
 
 bench: build
 	@$(BUILD)/bench/qv_bench
+	@$(BUILD)/bench/qv_import_bench
 	@if [ -x $(BUILD)/bench/qv_gui_bench ]; then $(BUILD)/bench/qv_gui_bench; fi
 
 # Ten minutes of the document-loading fuzzer (clang with libFuzzer and the sanitizers).

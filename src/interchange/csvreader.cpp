@@ -179,8 +179,9 @@ std::vector<Column> Recognise(const CsvTable& table)
 {
     std::vector<Column> columns;
     std::vector<bool> used(table.header.cells.size(), false);
-    for (const auto& [field, names] : KnownHeaders())
+    for (const auto& [known, names] : KnownHeaders())
     {
+        const Field field = known;
         const bool repeatable = field == Field::task;
         const bool taken = std::any_of(columns.begin(), columns.end(),
                                        [&](const Column& c) { return c.field == field; });

@@ -75,6 +75,14 @@ ImportSource ReadTimewarrior(std::string_view bytes, const TimewarriorOptions& o
         const size_t at = e.byte == 0 ? 0 : e.byte - 1;
         throw CImportError(LineAndColumn(text, at), "not JSON: " + reason);
     }
+    catch (const Json::exception& e)
+    {
+        // A number too large for any type: the message quotes it.
+        std::string reason = e.what();
+        if (const size_t bracket = reason.find("] "); bracket != std::string::npos)
+            reason = reason.substr(bracket + 2);
+        throw CImportError("", "not JSON: " + reason);
+    }
     if (!root.is_array())
         throw CImportError("", "a Timewarrior export is a JSON array of intervals, and this is not one");
 

@@ -60,6 +60,7 @@ TEST(TimewarriorReader, BadInputSaysWhere)
         {" \n", "the file is empty (a Timewarrior export is a JSON array)"},
         {"[\n{\"start\":}]", "line 2, column 10: not JSON: "},
         {"{}", "a Timewarrior export is a JSON array of intervals, and this is not one"},
+        {"[94e284628]", "not JSON: number overflow parsing '94e284628'"}, // found by fuzz_timewarrior
         {"[1]", "record 1: an interval is a JSON object"},
         {R"([{"id":4,"end":"20240610T070000Z"}])", "record 1 (@4): the interval has no \"start\""},
         {R"([{"start":"2024-06-10T07:00"}])",
