@@ -69,7 +69,10 @@ TEST_F(ImportTest, StretchesBecomeEntriesPerDayOnceOnly)
     EXPECT_EQ(Skipped(plan), (std::vector<std::string>{"r3: shorter than a minute",
                                                         "r4: the same entry comes earlier in the source"}));
 
-    const ImportOutcome outcome = ApplyImport(doc, timer, plan, OverlapChoice::adjustOthers);
+    std::pair<size_t, size_t> progress;
+    const ImportOutcome outcome = ApplyImport(doc, timer, plan, OverlapChoice::adjustOthers,
+                                              [&](size_t done, size_t total) { progress = {done, total}; });
+    EXPECT_EQ(progress, std::make_pair(size_t(5), size_t(5)));
     EXPECT_EQ(outcome.entries, 3u);
     EXPECT_EQ(outcome.todos, 2u);
     EXPECT_EQ(Entries(-1), (std::vector<std::string>{"22:00-24:00"}));
