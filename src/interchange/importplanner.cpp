@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -20,7 +21,7 @@ constexpr uint16_t kDeepestLevel = 19;
 
 const char kTimerRunsReason[] = "a timer is running in the document already";
 const char kFutureReason[] = "starts after the current time";
-const char kLaterOpenReason[] = "still running in the source, and another one that is starts later";
+const char kLaterOpenReason[] = "still running in the source, and a later one is too";
 const char kTooShortReason[] = "shorter than a minute";
 const char kInDocumentReason[] = "already in the document";
 const char kRepeatedReason[] = "the same entry comes earlier in the source";

@@ -132,7 +132,7 @@ TEST_F(ImportTest, AnOpenStretchBecomesTheRunningTimerOnlyWhenAsked)
     source.times.pop_back();
     const CImportPlan plan = Plan(source, true);
     EXPECT_EQ(Skipped(plan), (std::vector<std::string>{
-                                 "old: still running in the source, and another one that is starts later"}));
+                                 "old: still running in the source, and a later one is too"}));
     const ImportOutcome outcome = ApplyImport(doc, timer, plan, OverlapChoice::adjustOthers);
     EXPECT_TRUE(outcome.running);
     ASSERT_TRUE(timer.IsRunning());
