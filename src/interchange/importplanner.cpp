@@ -23,6 +23,7 @@ const char kTimerRunsReason[] = "a timer is running in the document already";
 const char kFutureReason[] = "starts after the current time";
 const char kLaterOpenReason[] = "still running in the source, and a later one is too";
 const char kTooShortReason[] = "shorter than a minute";
+const char kClockChangeReason[] = "it ends before it starts on the local clock (a clock change)";
 const char kInDocumentReason[] = "already in the document";
 const char kRepeatedReason[] = "the same entry comes earlier in the source";
 const char kTooDeepReason[] = "the task path is deeper than the 19 levels of a task tree";
@@ -223,7 +224,8 @@ void Planner::PlanTime(const ImportedTime& time)
     const LocalSeconds end = RoundToMinute(*time.end);
     if (end <= start)
     {
-        m_plan.Skip(time.where, kTooShortReason);
+        // In the hour that the autumn clock change repeats, a later moment can read earlier.
+        m_plan.Skip(time.where, *time.end < time.start ? kClockChangeReason : kTooShortReason);
         return;
     }
     const std::optional<TaskRef> task = ResolveEntryTask(time.taskPath, time.where);

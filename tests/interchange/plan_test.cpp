@@ -56,6 +56,7 @@ TEST_F(ImportTest, StretchesBecomeEntriesPerDayOnceOnly)
         Stretch({"Acme", "Web", "Design"}, Local(11, 9, 59, 45), Local(11, 11, 30), "", "r2"),
         Stretch({"Acme"}, Local(11, 8, 0), Local(11, 8, 0, 20), "", "r3"),
         Stretch({"Acme", "Web", "Design"}, Local(11, 9, 59, 45), Local(11, 11, 30), "", "r4"),
+        Stretch({"Acme"}, Local(11, 2, 40), Local(11, 2, 10), "", "r5"), // the hour an autumn night repeats
     };
     source.todos = {{{"Globex", "Audit"}, "File it", "", "B", qvtest::Day(2024, 3, 20), CDateTime::Null(), "t1"},
                     {{"Globex"}, "Filed", "", "1", CDateTime::Null(), qvtest::Day(2024, 3, 8), "t2"}};
@@ -67,7 +68,8 @@ TEST_F(ImportTest, StretchesBecomeEntriesPerDayOnceOnly)
     ASSERT_EQ(plan.Times().size(), 3u);
     EXPECT_EQ(plan.TaskPath(plan.Times()[0].task, doc), "Acme/Website"); // matched without regard to case
     EXPECT_EQ(Skipped(plan), (std::vector<std::string>{"r3: shorter than a minute",
-                                                        "r4: the same entry comes earlier in the source"}));
+                                                        "r4: the same entry comes earlier in the source",
+                                                        "r5: it ends before it starts on the local clock (a clock change)"}));
 
     std::pair<size_t, size_t> progress;
     const ImportOutcome outcome = ApplyImport(doc, timer, plan, OverlapChoice::adjustOthers,
@@ -84,7 +86,7 @@ TEST_F(ImportTest, StretchesBecomeEntriesPerDayOnceOnly)
 
     const CImportPlan again = Plan(source);
     EXPECT_TRUE(again.IsEmpty());
-    EXPECT_EQ(again.SkippedCount(), 6u); // r1 once for both its days
+    EXPECT_EQ(again.SkippedCount(), 7u); // r1 once for both its days
 }
 
 TEST_F(ImportTest, OverlapsAreFittedAsTheChoiceSays)
