@@ -118,11 +118,11 @@ std::optional<CivilDate> ReadDate(std::string_view text, std::string_view pictur
             ++i;
             continue;
         }
-        char spec = picture[++p];
-        if ((spec == '-' || spec == '#') && p + 1 < picture.size())
-            spec = picture[++p];
+        char conversion = picture[++p];
+        if ((conversion == '-' || conversion == '#') && p + 1 < picture.size())
+            conversion = picture[++p];
         std::optional<int> v;
-        switch (spec)
+        switch (conversion)
         {
         case 'Y':
             v = Number(text, i, 4, 4);
@@ -138,7 +138,7 @@ std::optional<CivilDate> ReadDate(std::string_view text, std::string_view pictur
             break;
         case 'd':
         case 'e':
-            while (spec == 'e' && i < text.size() && text[i] == ' ')
+            while (conversion == 'e' && i < text.size() && text[i] == ' ')
                 ++i;
             v = Number(text, i, 1, 2);
             d.day = v.value_or(0);
