@@ -32,12 +32,15 @@ run: demo
 
 bench: build
 	@$(BUILD)/bench/qv_bench
+	@$(BUILD)/bench/qv_import_bench
 	@if [ -x $(BUILD)/bench/qv_gui_bench ]; then $(BUILD)/bench/qv_gui_bench; fi
 	@bench/db_bench.sh $(BUILD)
 
-# Ten minutes of the document-loading fuzzer (clang with libFuzzer and the sanitizers).
+# Ten minutes of a fuzzer (clang with libFuzzer and the sanitizers): the document loader,
+# or FUZZ=timewarrior, ical or csv for an import reader.
+FUZZ ?= load
 fuzz: deps
-	@fuzz/run.sh 600
+	@fuzz/run.sh 600 build-fuzz $(FUZZ)
 
 clean:
 	rm -rf $(BUILD) $(BUILD_NOX)

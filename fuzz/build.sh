@@ -8,4 +8,4 @@ here=$(cd "$(dirname "$0")" && pwd)
 build=${1:-$here/../build-fuzz}
 CC=clang CXX=clang++ cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" -j "${JOBS:-2}"
-echo "built $build/fuzz_load"
+echo "built $build/fuzz_load, fuzz_timewarrior, fuzz_ical and fuzz_csv"

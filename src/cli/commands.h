@@ -51,5 +51,6 @@ void RegisterReportCommands(CommandTable& table);
 void RegisterOptionsCommands(CommandTable& table);
 void RegisterProjectCommands(CommandTable& table);
 void RegisterDatabaseCommands(CommandTable& table);
+void RegisterInterchangeCommands(CommandTable& table);
 
 } // namespace cli

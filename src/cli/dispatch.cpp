@@ -85,6 +85,7 @@ const CommandTable& AllCommands()
         RegisterOptionsCommands(t);
         RegisterProjectCommands(t);
         RegisterDatabaseCommands(t);
+        RegisterInterchangeCommands(t);
         return t;
     }();
     return table;
