@@ -45,6 +45,7 @@ public:
     int EditTimeEntry(CDay&, CTimeEntry&) override { return 1; }
     int ChooseConflictResolution() override { return 0; }
     void ShowTimerState(TimerIcon, const std::string&) override {}
+    void ShowEntryChanges(const std::string&) override {}
 };
 
 struct Interval
