@@ -249,6 +249,7 @@ TEST_F(QvxDocTest, ArchiveMovesEntriesOut)
         "11:00"});
     Ok({"time", "add", "doc.qvx", "Acme/Support", "--date", "2024-06-12", "--start", "09:00",
         "--end", "10:00"});
+    Ok({"todo", "add", "doc.qvx", "Acme", "Open item"});
 
     const QvxResult backwards = Run({"archive", "doc.qvx", "--task", "Acme", "--from", "2024-06-12",
                                      "--to", "2024-06-10", "--out", "old.qvx"});
@@ -272,7 +273,9 @@ TEST_F(QvxDocTest, ArchiveMovesEntriesOut)
     // Everything, with deletion: the document keeps its tasks only.
     Ok({"archive", "doc.qvx", "--task", "#1", "--delete", "--out", "all.qvx"});
     EXPECT_TRUE(DumpJson("doc.qvx")["days"].empty());
-    EXPECT_EQ(Spans(DumpJson("all.qvx"), "20240612"), Strings{"4 09:00-10:00"});
+    const Json all = DumpJson("all.qvx");
+    EXPECT_EQ(Spans(all, "20240612"), Strings{"4 09:00-10:00"});
+    EXPECT_EQ(all["todos"].size(), 1u) << "without an end date the open to-do goes along";
 }
 
 TEST_F(QvxTest, OldLayoutIsCheckedAndConvertedOnlyWhenAnswered)
