@@ -5,10 +5,6 @@
 namespace
 {
 
-#define REQUIRE_LOCALE(name)                                                                       \
-    if (!platform::LocaleInfo::IsAvailable(name))                                                  \
-    GTEST_SKIP() << name << " is not installed (package locales-all)"
-
 struct LocaleApp
 {
     explicit LocaleApp(platform::LocaleInfo locale) : app(store, clock, std::move(locale)) {}
@@ -21,67 +17,70 @@ const CDateTime kMoment = CDateTime::FromDate(2024, 3, 5, 14, 7, 9);
 
 } // namespace
 
-TEST(LocalePictures, UnitedStates)
+TEST(LocalePictures, OfTheInstalledLocales)
 {
-    REQUIRE_LOCALE("en_US.UTF-8");
-    LocaleApp f(platform::LocaleInfo::FromName("en_US.UTF-8"));
+    const struct
+    {
+        const char* name;
+        const char* monthDay;
+        const char* monthYear;
+        const char* timePicture;
+        const char* timeNoSeconds;
+        const char* shortDate;
+        const char* longDate;
+        const char* monthDayText;
+        const char* monthYearText;
+        const char* morning; // 09:05
+        const char* midnight; // the end of the day
+        const char* withSeconds;
+        const char* currency; // of 1234.5
+        const char* number;
+        const char* distance;
+        char listSeparator;
+    } locales[] = {
+        {"en_US.UTF-8", "%m/%d", "%m/%y", "h:mm:ss tt", "h:mm tt", "03/05/2024", "Tuesday, March 05, 2024",
+         "03/05", "03/24", "9:05 AM", "12:00 AM", "2:07:09 PM", "$1,234.50", "1234.50", "Miles", ','},
+        {"de_DE.UTF-8", "%d.%m", "%m.%y", "HH:mm:ss", "HH:mm", "05.03.2024", "Dienstag 05 März 2024", "05.03",
+         "03.24", "09:05", "24:00", "14:07:09", "1.234,50 €", "1234,50", "Km", ';'},
+        // A 24-hour clock with am/pm symbols keeps its picture as it is.
+        {"en_GB.UTF-8", "%d/%m", "%m/%y", "HH:mm:ss", "HH:mm", "05/03/24", "Tuesday 05 March 2024", "05/03",
+         "03/24", "09:05", "24:00", "14:07:09", "£1,234.50", "1234.50", "Km", ','},
+    };
+    for (const auto& l : locales)
+    {
+        SCOPED_TRACE(l.name);
+        if (!platform::LocaleInfo::IsAvailable(l.name))
+            GTEST_SKIP() << l.name << " is not installed (package locales-all)";
+        LocaleApp f(platform::LocaleInfo::FromName(l.name));
+        const CTimeKeeperApp& app = f.app;
+        EXPECT_EQ(app.GetMonthDayFormat(), l.monthDay);
+        EXPECT_EQ(app.GetMonthYearFormat(), l.monthYear);
+        EXPECT_EQ(app.GetTimePicture(), l.timePicture);
+        EXPECT_EQ(app.GetTimePictureNoSeconds(), l.timeNoSeconds);
+        EXPECT_EQ(app.FormatShortDate(kMoment), l.shortDate);
+        EXPECT_EQ(app.FormatLongDate(kMoment), l.longDate);
+        EXPECT_EQ(app.FormatMonthDay(kMoment), l.monthDayText);
+        EXPECT_EQ(app.FormatMonthYear(kMoment), l.monthYearText);
+        EXPECT_EQ(app.FormatTime(CTinyTime(9, 5)), l.morning);
+        EXPECT_EQ(app.FormatTime(CTinyTime(24, 0)), l.midnight);
+        EXPECT_EQ(app.FormatTimeWithSeconds(kMoment), l.withSeconds);
+        EXPECT_EQ(app.FormatCurrency(1234.5), l.currency);
+        EXPECT_EQ(app.FormatNumber(1234.5), l.number);
+        EXPECT_EQ(app.GetDistanceUnit(), l.distance);
+        EXPECT_EQ(app.GetListSeparator(), l.listSeparator);
+    }
+}
+
+TEST(LocalePictures, TwelveHourClockAndNegativeAmounts)
+{
+    LocaleApp f(platform::LocaleInfo::UnitedStates());
     const CTimeKeeperApp& app = f.app;
-    EXPECT_EQ(app.GetMonthDayFormat(), "%m/%d");
-    EXPECT_EQ(app.GetMonthYearFormat(), "%m/%y");
-    EXPECT_EQ(app.GetTimePicture(), "h:mm:ss tt");
-    EXPECT_EQ(app.GetTimePictureNoSeconds(), "h:mm tt");
-    EXPECT_EQ(app.FormatShortDate(kMoment), "03/05/2024");
-    EXPECT_EQ(app.FormatLongDate(kMoment), "Tuesday, March 05, 2024");
-    EXPECT_EQ(app.FormatMonthDay(kMoment), "03/05");
-    EXPECT_EQ(app.FormatMonthYear(kMoment), "03/24");
     EXPECT_EQ(app.FormatTime(CTinyTime(14, 7)), "2:07 PM");
     EXPECT_EQ(app.FormatTime(CTinyTime(0, 30)), "12:30 AM");
-    EXPECT_EQ(app.FormatTime(CTinyTime(24, 0)), "12:00 AM");
-    EXPECT_EQ(app.FormatTimeWithSeconds(kMoment), "2:07:09 PM");
-    EXPECT_EQ(app.FormatCurrency(1234.5), "$1,234.50");
     EXPECT_EQ(app.FormatCurrency(-1234.5), "-$1,234.50");
+    EXPECT_EQ(app.FormatCurrency(-5), "-$5.00");
     EXPECT_EQ(app.FormatCurrency(-0.001), "$0.00");
     EXPECT_EQ(app.FormatCurrency(1234567.891), "$1,234,567.89");
-    EXPECT_EQ(app.FormatNumber(1234.5), "1234.50");
-    EXPECT_EQ(app.GetDistanceUnit(), "Miles");
-    EXPECT_EQ(app.GetListSeparator(), ',');
-}
-
-TEST(LocalePictures, Germany)
-{
-    REQUIRE_LOCALE("de_DE.UTF-8");
-    LocaleApp f(platform::LocaleInfo::FromName("de_DE.UTF-8"));
-    const CTimeKeeperApp& app = f.app;
-    EXPECT_EQ(app.GetMonthDayFormat(), "%d.%m");
-    EXPECT_EQ(app.GetMonthYearFormat(), "%m.%y");
-    EXPECT_EQ(app.GetTimePicture(), "HH:mm:ss");
-    EXPECT_EQ(app.GetTimePictureNoSeconds(), "HH:mm");
-    EXPECT_EQ(app.FormatShortDate(kMoment), "05.03.2024");
-    EXPECT_EQ(app.FormatLongDate(kMoment), "Dienstag 05 März 2024");
-    EXPECT_EQ(app.FormatMonthDay(kMoment), "05.03");
-    EXPECT_EQ(app.FormatMonthYear(kMoment), "03.24");
-    EXPECT_EQ(app.FormatTime(CTinyTime(9, 5)), "09:05");
-    EXPECT_EQ(app.FormatTime(CTinyTime(24, 0)), "24:00");
-    EXPECT_EQ(app.FormatTimeWithSeconds(kMoment), "14:07:09");
-    EXPECT_EQ(app.FormatCurrency(1234.5), "1.234,50 €");
-    EXPECT_EQ(app.FormatCurrency(-5), "-5,00 €");
-    EXPECT_EQ(app.FormatNumber(1234.5), "1234,50");
-    EXPECT_EQ(app.GetDistanceUnit(), "Km");
-    EXPECT_EQ(app.GetListSeparator(), ';');
-}
-
-TEST(LocalePictures, GreatBritain)
-{
-    REQUIRE_LOCALE("en_GB.UTF-8");
-    LocaleApp f(platform::LocaleInfo::FromName("en_GB.UTF-8"));
-    const CTimeKeeperApp& app = f.app;
-    EXPECT_EQ(app.GetMonthDayFormat(), "%d/%m");
-    EXPECT_EQ(app.GetMonthYearFormat(), "%m/%y");
-    // A 24-hour clock with am/pm symbols keeps its picture as it is.
-    EXPECT_EQ(app.GetTimePictureNoSeconds(), "HH:mm");
-    EXPECT_EQ(app.FormatShortDate(kMoment), "05/03/24");
-    EXPECT_EQ(app.FormatLongDate(kMoment), "Tuesday 05 March 2024");
-    EXPECT_EQ(app.FormatCurrency(1234.5), "£1,234.50");
 }
 
 TEST(LocalePictures, TwentyFourHourRuleAndYearFirstOrder)

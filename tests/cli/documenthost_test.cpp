@@ -20,6 +20,7 @@
 #include <iostream>
 #include <sstream>
 
+using qvtest::HasTask;
 using qvtest::Json;
 using qvtest::QvxTest;
 
@@ -43,14 +44,6 @@ struct Output
     std::string err;
 };
 
-bool HasTask(const Json& dump, const std::string& name)
-{
-    for (const Json& t : dump["tasks"].Items())
-        if (t["name"].Str() == name)
-            return true;
-    return false;
-}
-
 class DocumentHostTest : public QvxTest
 {
 protected:
@@ -70,7 +63,6 @@ protected:
     {
         m_timer.reset();
         m_doc.CloseHeldFile();
-        QvxTest::TearDown();
     }
 
     Output Host(const std::vector<std::string>& words)
@@ -103,7 +95,7 @@ TEST_F(DocumentHostTest, ReadsSeeTheOpenDocumentAndChangesAreSaved)
     qvtest::AddTask(m_doc, m_doc.GetRootTask(), "Unsaved");
     Output o = Host({"dump", "--json", Path("doc.qvx")});
     ASSERT_EQ(o.status, 0) << o.err;
-    EXPECT_TRUE(HasTask(Json::Parse(o.out), "Unsaved"));
+    EXPECT_TRUE(HasTask(Json::parse(o.out), "Unsaved"));
     EXPECT_FALSE(HasTask(DumpJson("doc.qvx"), "Unsaved")) << "not saved yet";
 
     // The command runs on the open document with the host's clock, and saves it.

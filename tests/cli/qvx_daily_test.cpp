@@ -8,64 +8,35 @@
 #include <map>
 #include <regex>
 #include <sstream>
+#include <stdexcept>
 
 using qvtest::Json;
 using qvtest::QvxResult;
 using qvtest::QvxTest;
+using qvtest::FindDay;
+using qvtest::Spans;
+using Strings = std::vector<std::string>;
+using ::testing::HasSubstr;
 
 namespace
 {
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
-const Json* FindDay(const Json& dump, const std::string& key)
-{
-    for (const Json& day : dump["days"].Items())
-        if (day["key"].Str() == key)
-            return &day;
-    return nullptr;
-}
-
 const Json& TaskOf(const Json& dump, long id)
 {
-    for (const Json& t : dump["tasks"].Items())
-        if (t["id"].Int() == id)
+    for (const Json& t : dump.at("tasks"))
+        if (t.at("id") == id)
             return t;
-    ADD_FAILURE() << "no task #" << id;
-    return dump["tasks"][0];
+    throw std::out_of_range("no task #" + std::to_string(id));
 }
 
-std::vector<std::string> SpansOf(const Json& dump, const std::string& key)
+// The cells of one line of a tab-delimited export.
+Strings Cells(std::string line)
 {
-    std::vector<std::string> spans;
-    if (const Json* day = FindDay(dump, key))
-        for (const Json& e : (*day)["time"].Items())
-            spans.push_back(std::to_string(e["task"].Int()) + " " + e["start"].Str() + "-" +
-                            (e["end"].IsNull() ? std::string() : e["end"].Str()));
-    return spans;
-}
-
-// The quoted cells of one line of a comma-delimited export.
-std::vector<std::string> CsvCells(const std::string& line)
-{
-    std::vector<std::string> cells;
-    std::string cell;
-    bool quoted = false;
-    for (char c : line)
-    {
-        if (c == '"')
-            quoted = !quoted;
-        else if (c == ',' && !quoted)
-        {
-            cells.push_back(cell);
-            cell.clear();
-        }
-        else if (c != '\r')
-            cell += c;
-    }
-    cells.push_back(cell);
+    if (!line.empty() && line.back() == '\r')
+        line.pop_back();
+    Strings cells;
+    std::istringstream in(line);
+    for (std::string cell; std::getline(in, cell, '\t');)
+        cells.push_back(cell);
     return cells;
 }
 
@@ -100,16 +71,12 @@ TEST_F(QvxDailyTest, WeekWithActivityRatesIsInvoicedAsTheEntriesBill)
     Ok({"task", "set", "doc.qvx", "Globex", "--rate", "200"});
 
     const std::string billing = Ok({"tasks", "doc.qvx", "--billing"});
-    EXPECT_TRUE(Contains(billing, "billable, rate $100.00, overtime multiplier 1.50 (own)"))
-        << billing;
-    EXPECT_TRUE(Contains(billing, "billable, rate $100.00, overtime multiplier 1.50 (inherited "
-                                  "from Acme)"))
-        << billing;
-    EXPECT_TRUE(Contains(billing, "billable, rate $80.00, overtime multiplier 1.50 (own)"))
-        << billing;
-    EXPECT_TRUE(Contains(billing, "activity rates: Design $120.00, Travel not billable; other "
-                                  "activities: the regular rate (inherited from Acme)"))
-        << billing;
+    EXPECT_THAT(billing, HasSubstr("billable, rate $100.00, overtime multiplier 1.50 (own)"));
+    EXPECT_THAT(billing,
+                HasSubstr("billable, rate $100.00, overtime multiplier 1.50 (inherited from Acme)"));
+    EXPECT_THAT(billing, HasSubstr("billable, rate $80.00, overtime multiplier 1.50 (own)"));
+    EXPECT_THAT(billing, HasSubstr("activity rates: Design $120.00, Travel not billable; other "
+                                   "activities: the regular rate (inherited from Acme)"));
 
     // Monday.
     Ok({"time", "add", "doc.qvx", "Acme/Website", "--date", "2024-06-10", "--start", "09:00",
@@ -137,13 +104,13 @@ TEST_F(QvxDailyTest, WeekWithActivityRatesIsInvoicedAsTheEntriesBill)
     // overtime.
     std::string out = Ok({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--end", "11:30",
                           "--on-conflict", "adjust-others"});
-    EXPECT_TRUE(Contains(out, "Updated 09:00-11:30 of 2024-06-10, Acme/Website")) << out;
+    EXPECT_THAT(out, HasSubstr("Updated 09:00-11:30 of 2024-06-10, Acme/Website"));
     out = Ok({"time", "set", "doc.qvx", "--date", "2024-06-13", "1", "--overtime", "yes"});
-    EXPECT_TRUE(Contains(out, "Updated 14:00-16:30 of 2024-06-13")) << out;
+    EXPECT_THAT(out, HasSubstr("Updated 14:00-16:30 of 2024-06-13"));
     // ... and Friday's support was agreed at a rate of its own.
     Ok({"time", "set", "doc.qvx", "--date", "2024-06-14", "1", "--rate", "60"});
-    EXPECT_EQ(SpansOf(DumpJson("doc.qvx"), "20240610"),
-              (std::vector<std::string>{"3 09:00-11:30", "4 11:30-12:30"}));
+    EXPECT_EQ(Spans(DumpJson("doc.qvx"), "20240610"),
+              (Strings{"3 09:00-11:30", "4 11:30-12:30"}));
 
     // The billing rule by hand: (minutes / 60) x rate, per task; Travel is not billable and
     // Globex is another client.
@@ -173,24 +140,23 @@ TEST_F(QvxDailyTest, WeekWithActivityRatesIsInvoicedAsTheEntriesBill)
 
     // What the user checks before sending the invoice.
     out = Ok({"entries", "doc.qvx", "--date", "2024-06-11", "--billing"});
-    EXPECT_TRUE(Contains(out, "Meetings  Kick-off  yes       $100.00  $125.00")) << out;
+    EXPECT_THAT(out, HasSubstr("Meetings  Kick-off  yes       $100.00  $125.00"));
     // A "not billable" activity rate bills nothing.
-    EXPECT_TRUE(Contains(out, "Travel              no        $0.00    $0.00")) << out;
-    EXPECT_TRUE(Contains(out, "Billable: 1.25 hours, $125.00; not billable: 1.00 hours, $0.00"))
-        << out;
+    EXPECT_THAT(out, HasSubstr("Travel              no        $0.00    $0.00"));
+    EXPECT_THAT(out, HasSubstr("Billable: 1.25 hours, $125.00; not billable: 1.00 hours, $0.00"));
 
     Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme June", "--task", "Acme",
         "--from", "2024-06-10", "--to", "2024-06-14", "--summarize", "Project", "--include",
         "billable", "--recipient", "Acme Corp\\n1 Main Street"});
     const QvxResult invoice =
-        Run({"--yes", "invoice", "doc.qvx", "Acme June", "--format", "csv", "--out", "-"});
+        Run({"--yes", "invoice", "doc.qvx", "Acme June", "--format", "tab", "--out", "-"});
     ASSERT_EQ(invoice.exitCode, 0) << invoice.err;
-    EXPECT_TRUE(Contains(invoice.err, "Invoice number")) << invoice.err;
+    EXPECT_THAT(invoice.err, HasSubstr("Invoice number"));
 
     std::istringstream lines(invoice.out);
     std::string line;
     ASSERT_TRUE(std::getline(lines, line));
-    const std::vector<std::string> header = CsvCells(line);
+    const Strings header = Cells(line);
     auto column = [&](const std::string& name)
     {
         const auto it = std::find(header.begin(), header.end(), name);
@@ -204,7 +170,7 @@ TEST_F(QvxDailyTest, WeekWithActivityRatesIsInvoicedAsTheEntriesBill)
     std::map<std::string, std::string> invoicedTime;
     while (std::getline(lines, line))
     {
-        const std::vector<std::string> cells = CsvCells(line);
+        const Strings cells = Cells(line);
         ASSERT_GT(cells.size(), amount) << line;
         invoiced[cells[description]] += std::stod(cells[amount]);
         invoicedTime[cells[description]] = cells[time];
@@ -228,25 +194,25 @@ TEST_F(QvxDailyTest, ActivityRatesTakeTheDialogsThreeChoices)
         "--activity-rate", "Travel=not-billable"});
     Json dump = DumpJson("doc.qvx");
     const Json& acme = TaskOf(dump, 2);
-    EXPECT_FALSE(acme["use_parent_billing"].Bool());
-    EXPECT_TRUE(acme["use_activity_rates"].Bool());
-    ASSERT_EQ(acme["activity_rates"].Size(), 2u);
-    EXPECT_EQ(acme["activity_rates"][0]["activity"].Int(), 1);
-    EXPECT_DOUBLE_EQ(acme["activity_rates"][0]["rate"].Number(), 120.0);
-    EXPECT_FALSE(acme["activity_rates"][1]["billable"].Bool());
+    EXPECT_EQ(acme["use_parent_billing"], false);
+    EXPECT_EQ(acme["use_activity_rates"], true);
+    ASSERT_EQ(acme["activity_rates"].size(), 2u);
+    EXPECT_EQ(acme["activity_rates"][0]["activity"], 1);
+    EXPECT_DOUBLE_EQ(acme["activity_rates"][0]["rate"].get<double>(), 120.0);
+    EXPECT_EQ(acme["activity_rates"][1]["billable"], false);
 
     // default: the task's regular rate again.
     std::string out = Ok({"task", "set", "doc.qvx", "Acme", "--activity-rate", "Design=default"});
-    EXPECT_TRUE(Contains(out, "activity rates: Travel not billable")) << out;
-    EXPECT_EQ(TaskOf(DumpJson("doc.qvx"), 2)["activity_rates"].Size(), 1u);
+    EXPECT_THAT(out, HasSubstr("activity rates: Travel not billable"));
+    EXPECT_EQ(TaskOf(DumpJson("doc.qvx"), 2)["activity_rates"].size(), 1u);
 
     // A task that inherits keeps its parent's rates when it takes billing of its own.
     Ok({"task", "set", "doc.qvx", "Acme/Website", "--activity-rate", "Meetings=90"});
     dump = DumpJson("doc.qvx");
     const Json& website = TaskOf(dump, 3);
-    EXPECT_FALSE(website["use_parent_billing"].Bool());
-    EXPECT_DOUBLE_EQ(website["rate"].Number(), 100.0);
-    EXPECT_EQ(website["activity_rates"].Size(), 2u);
+    EXPECT_EQ(website["use_parent_billing"], false);
+    EXPECT_DOUBLE_EQ(website["rate"].get<double>(), 100.0);
+    EXPECT_EQ(website["activity_rates"].size(), 2u);
 
     for (const char* bad : {"Design", "Design=", "=5", "Design=cheap", "Design=-5", "Nope=5"})
     {
@@ -260,8 +226,8 @@ TEST_F(QvxDailyTest, ActivityRatesTakeTheDialogsThreeChoices)
     // An activity's own rate is never billed, so qvx does not offer to set it.
     const QvxResult rate = Run({"activity", "add", "doc.qvx", "Writing", "--rate", "50"});
     EXPECT_EQ(rate.exitCode, 2);
-    EXPECT_TRUE(Contains(rate.err, "--activity-rate")) << rate.err;
-    EXPECT_TRUE(Contains(Ok({"help", "activity", "add"}), "the task's regular rate"));
+    EXPECT_THAT(rate.err, HasSubstr("--activity-rate"));
+    EXPECT_THAT(Ok({"help", "activity", "add"}), HasSubstr("the task's regular rate"));
 }
 
 TEST_F(QvxDailyTest, TimeSetGoesThroughTheEditorsChecks)
@@ -271,11 +237,11 @@ TEST_F(QvxDailyTest, TimeSetGoesThroughTheEditorsChecks)
     Ok({"time", "add", "doc.qvx", "Acme/Support", "--date", "2024-06-10", "--start", "10:00",
         "--end", "11:00"});
     const std::vector<uint8_t> before = ReadBytes("doc.qvx");
-    auto refused = [&](const std::vector<std::string>& args, const std::string& message)
+    auto refused = [&](const Strings& args, const std::string& message)
     {
         const QvxResult r = Run(args);
         EXPECT_NE(r.exitCode, 0);
-        EXPECT_TRUE(Contains(r.err, message)) << r.err;
+        EXPECT_THAT(r.err, HasSubstr(message));
         EXPECT_EQ(ReadBytes("doc.qvx"), before);
     };
     refused({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--end", "08:00"},
@@ -298,10 +264,10 @@ TEST_F(QvxDailyTest, TimeSetGoesThroughTheEditorsChecks)
     Ok({"time", "set", "doc.qvx", "--date", "2024-06-10", "2", "--start", "22:00", "--end", "00:00",
         "--activity", "Design", "--note", "Late fix"});
     Json dump = DumpJson("doc.qvx");
-    EXPECT_EQ(SpansOf(dump, "20240610"),
-              (std::vector<std::string>{"3 09:00-10:00", "4 22:00-24:00"}));
-    EXPECT_EQ(TaskOf(dump, 4)["last_note"].Str(), "Late fix");
-    EXPECT_EQ(TaskOf(dump, 4)["last_activity"].Int(), 1);
+    EXPECT_EQ(Spans(dump, "20240610"),
+              (Strings{"3 09:00-10:00", "4 22:00-24:00"}));
+    EXPECT_EQ(TaskOf(dump, 4)["last_note"], "Late fix");
+    EXPECT_EQ(TaskOf(dump, 4)["last_activity"], 1);
 
     // Billing of its own starts from what the task gave it; the defaults take it back.
     Ok({"task", "set", "doc.qvx", "Acme", "--rate", "100", "--overtime-multiplier", "2"});
@@ -309,35 +275,34 @@ TEST_F(QvxDailyTest, TimeSetGoesThroughTheEditorsChecks)
         "yes"});
     dump = DumpJson("doc.qvx");
     const Json& custom = (*FindDay(dump, "20240610"))["time"][0];
-    EXPECT_TRUE(custom["custom_billing"].Bool());
-    EXPECT_FALSE(custom["billable"].Bool());
-    EXPECT_DOUBLE_EQ(custom["rate"].Number(), 100.0);
-    EXPECT_DOUBLE_EQ(custom["overtime_multiplier"].Number(), 2.0);
+    EXPECT_EQ(custom["custom_billing"], true);
+    EXPECT_EQ(custom["billable"], false);
+    EXPECT_DOUBLE_EQ(custom["rate"].get<double>(), 100.0);
+    EXPECT_DOUBLE_EQ(custom["overtime_multiplier"].get<double>(), 2.0);
     std::string out = Ok({"entries", "doc.qvx", "--date", "2024-06-10", "--billing"});
-    EXPECT_TRUE(Contains(out, "no        $200.00  $200.00")) << out;
+    EXPECT_THAT(out, HasSubstr("no        $200.00  $200.00"));
     Ok({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--billing-defaults", "yes",
         "--overtime", "no"});
     dump = DumpJson("doc.qvx");
-    EXPECT_FALSE((*FindDay(dump, "20240610"))["time"][0]["custom_billing"].Bool());
+    EXPECT_EQ((*FindDay(dump, "20240610"))["time"][0]["custom_billing"], false);
     out = Ok({"entries", "doc.qvx", "--date", "2024-06-10", "--billing"});
-    EXPECT_TRUE(Contains(out, "yes       $100.00  $100.00")) << out;
+    EXPECT_THAT(out, HasSubstr("yes       $100.00  $100.00"));
 
     // Another task, and "adjust this" reports the pieces it stored.
     Ok({"time", "add", "doc.qvx", "Globex", "--date", "2024-06-10", "--start", "12:00", "--end",
         "13:00"});
     out = Ok({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--task", "Globex", "--end",
               "14:00", "--on-conflict", "adjust-this"});
-    EXPECT_TRUE(Contains(out, "Updated 09:00-12:00, 13:00-14:00 of 2024-06-10, Globex")) << out;
-    EXPECT_EQ(SpansOf(DumpJson("doc.qvx"), "20240610"),
-              (std::vector<std::string>{"5 09:00-12:00", "5 12:00-13:00", "5 13:00-14:00",
+    EXPECT_THAT(out, HasSubstr("Updated 09:00-12:00, 13:00-14:00 of 2024-06-10, Globex"));
+    EXPECT_EQ(Spans(DumpJson("doc.qvx"), "20240610"),
+              (Strings{"5 09:00-12:00", "5 12:00-13:00", "5 13:00-14:00",
                                         "4 22:00-24:00"}));
 
     // time add says the same: the times stored, not the ones asked.
     out = Ok({"time", "add", "doc.qvx", "Acme", "--date", "2024-06-10", "--start", "08:00", "--end",
               "23:00", "--on-conflict", "adjust-this"});
-    EXPECT_TRUE(Contains(out, "Added 08:00-09:00, 14:00-22:00 on 2024-06-10 to Acme (08:00-23:00 "
-                              "was fitted around the other entries)"))
-        << out;
+    EXPECT_THAT(out, HasSubstr("Added 08:00-09:00, 14:00-22:00 on 2024-06-10 to Acme (08:00-23:00 "
+                               "was fitted around the other entries)"));
 }
 
 TEST_F(QvxDailyTest, TimeSetOnTheRunningEntry)
@@ -347,19 +312,18 @@ TEST_F(QvxDailyTest, TimeSetOnTheRunningEntry)
     QvxResult r = Run({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--start", "09:45"},
                       "2024-06-10 09:30");
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(
-        Contains(r.err, "The Start Time must be before the current time on an active task."))
-        << r.err;
+    EXPECT_THAT(r.err,
+                HasSubstr("The Start Time must be before the current time on an active task."));
     r = Run({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--end", "09:20"},
             "2024-06-10 09:30");
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "running")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("running"));
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
 
     Ok({"time", "set", "doc.qvx", "--date", "2024-06-10", "1", "--start", "08:30"},
        "2024-06-10 09:30");
-    EXPECT_EQ(SpansOf(DumpJson("doc.qvx"), "20240610"), (std::vector<std::string>{"3 08:30-"}));
-    EXPECT_TRUE(Contains(Ok({"status", "doc.qvx"}, "2024-06-10 09:30"), "Elapsed: 1:00"));
+    EXPECT_EQ(Spans(DumpJson("doc.qvx"), "20240610"), (Strings{"3 08:30-"}));
+    EXPECT_THAT(Ok({"status", "doc.qvx"}, "2024-06-10 09:30"), HasSubstr("Elapsed: 1:00"));
 }
 
 TEST_F(QvxDailyTest, ExpenseAndToDoSet)
@@ -371,41 +335,41 @@ TEST_F(QvxDailyTest, ExpenseAndToDoSet)
         "1", "--rate", "0.125"});
     Json dump = DumpJson("doc.qvx");
     const Json& mileage = (*FindDay(dump, "20240610"))["expenses"][0];
-    EXPECT_EQ(mileage["expense_type"].Int(), 9);
-    EXPECT_DOUBLE_EQ(mileage["amount"].Number(), 0.13);
-    EXPECT_DOUBLE_EQ(mileage["distance"].Number(), 1.0);
+    EXPECT_EQ(mileage["expense_type"], 9);
+    EXPECT_DOUBLE_EQ(mileage["amount"].get<double>(), 0.13);
+    EXPECT_DOUBLE_EQ(mileage["distance"].get<double>(), 1.0);
     Ok({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--distance", "10", "--rate",
         "0.375"});
-    EXPECT_DOUBLE_EQ((*FindDay(DumpJson("doc.qvx"), "20240610"))["expenses"][0]["amount"].Number(),
-                     3.75);
+    dump = DumpJson("doc.qvx");
+    EXPECT_DOUBLE_EQ((*FindDay(dump, "20240610"))["expenses"][0]["amount"].get<double>(), 3.75);
     EXPECT_EQ(
         Run({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--amount", "5"}).exitCode,
         2);
     // Back to an ordinary type: the distance goes, the amount is the one given.
     std::string out = Ok({"expense", "set", "doc.qvx", "--date", "2024-06-10", "1", "--type",
                           "Taxi", "--amount", "23.40", "--billable", "no", "--note", "Airport"});
-    EXPECT_TRUE(Contains(out, "Updated Taxi $23.40 of 2024-06-10, Acme")) << out;
+    EXPECT_THAT(out, HasSubstr("Updated Taxi $23.40 of 2024-06-10, Acme"));
     dump = DumpJson("doc.qvx");
     const Json& taxi = (*FindDay(dump, "20240610"))["expenses"][0];
-    EXPECT_DOUBLE_EQ(taxi["distance"].Number(), 0.0);
-    EXPECT_FALSE(taxi["billable"].Bool());
-    EXPECT_EQ(taxi["note"].Str(), "Airport");
+    EXPECT_DOUBLE_EQ(taxi["distance"].get<double>(), 0.0);
+    EXPECT_EQ(taxi["billable"], false);
+    EXPECT_EQ(taxi["note"], "Airport");
 
     Ok({"todo", "add", "doc.qvx", "Acme", "Send the mock-ups", "--due", "2024-06-12"});
     const std::vector<uint8_t> before = ReadBytes("doc.qvx");
     QvxResult r =
         Run({"todo", "set", "doc.qvx", "--date", "2024-06-10", "1", "--description", "   "});
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "Enter a To Do Description.")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("Enter a To Do Description."));
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
     Ok({"todo", "set", "doc.qvx", "--date", "2024-06-10", "1", "--description", "  Send the drafts",
         "--priority", "b", "--due", "none", "--task", "Acme/Website"});
     dump = DumpJson("doc.qvx");
-    ASSERT_EQ(dump["todos"].Size(), 1u);
-    EXPECT_EQ(dump["todos"][0]["description"].Str(), "Send the drafts");
-    EXPECT_EQ(dump["todos"][0]["priority"].Str(), "B");
-    EXPECT_TRUE(dump["todos"][0]["due"].IsNull());
-    EXPECT_EQ(dump["todos"][0]["task"].Int(), 3);
+    ASSERT_EQ(dump["todos"].size(), 1u);
+    EXPECT_EQ(dump["todos"][0]["description"], "Send the drafts");
+    EXPECT_EQ(dump["todos"][0]["priority"], "B");
+    EXPECT_TRUE(dump["todos"][0]["due"].is_null());
+    EXPECT_EQ(dump["todos"][0]["task"], 3);
 }
 
 TEST_F(QvxDailyTest, ToDoRowsCompleteAndReopenSeveralAtOnce)
@@ -414,26 +378,26 @@ TEST_F(QvxDailyTest, ToDoRowsCompleteAndReopenSeveralAtOnce)
     Ok({"todo", "add", "doc.qvx", "Acme", "Second", "--priority", "2"});
     Ok({"todo", "add", "doc.qvx", "Acme", "Third", "--priority", "3", "--due", "2024-06-01"});
     std::string out = Ok({"entries", "doc.qvx", "--date", "2024-06-11", "--kind", "todo"});
-    EXPECT_TRUE(Contains(out, "Status")) << out;
-    EXPECT_TRUE(Contains(out, "Overdue")) << out;
+    EXPECT_THAT(out, HasSubstr("Status"));
+    EXPECT_THAT(out, HasSubstr("Overdue"));
     EXPECT_EQ(out, Ok({"entries", "doc.qvx", "--date", "2024-06-11", "--kind", "todo"}))
         << "one listing numbers its rows the same way each time";
 
     out = Ok({"todo", "complete", "doc.qvx", "--date", "2024-06-11", "1", "3"});
-    EXPECT_TRUE(Contains(out, "Completed 'First', 'Third' on 2024-06-11")) << out;
+    EXPECT_THAT(out, HasSubstr("Completed 'First', 'Third' on 2024-06-11"));
     out = Ok({"entries", "doc.qvx", "--date", "2024-06-11", "--kind", "todo"});
-    EXPECT_TRUE(Contains(out, "Completed")) << out;
+    EXPECT_THAT(out, HasSubstr("Completed"));
     Json dump = DumpJson("doc.qvx");
-    EXPECT_EQ(dump["todos"].Size(), 1u);
-    EXPECT_EQ((*FindDay(dump, "20240611"))["todos"].Size(), 2u);
+    EXPECT_EQ(dump["todos"].size(), 1u);
+    EXPECT_EQ((*FindDay(dump, "20240611"))["todos"].size(), 2u);
 
     // Rows of one listing, numbered before anything changes.
     out = Ok({"todo", "reopen", "doc.qvx", "--date", "2024-06-11", "1", "2", "3"});
-    EXPECT_TRUE(Contains(out, "Reopened 'First', 'Third'")) << out;
-    EXPECT_TRUE(Contains(out, "'Second' was not completed")) << out;
-    EXPECT_EQ(DumpJson("doc.qvx")["todos"].Size(), 3u);
-    EXPECT_TRUE(
-        Contains(Ok({"help", "todo", "complete"}), "qvx entries FILE --date DATE --kind todo"));
+    EXPECT_THAT(out, HasSubstr("Reopened 'First', 'Third'"));
+    EXPECT_THAT(out, HasSubstr("'Second' was not completed"));
+    EXPECT_EQ(DumpJson("doc.qvx")["todos"].size(), 3u);
+    EXPECT_THAT(Ok({"help", "todo", "complete"}),
+                HasSubstr("qvx entries FILE --date DATE --kind todo"));
 }
 
 TEST_F(QvxDailyTest, StartTakesAnActivityAndANoteThatAResumeKeeps)
@@ -441,49 +405,45 @@ TEST_F(QvxDailyTest, StartTakesAnActivityAndANoteThatAResumeKeeps)
     std::string out =
         Ok({"start", "doc.qvx", "Acme/Website", "--activity", "design", "--note", "Home page"},
            "2024-06-10 09:00");
-    EXPECT_TRUE(Contains(out, "Started Acme/Website at 9:00 AM; activity: Design; note: \"Home "
-                              "page\""))
-        << out;
+    EXPECT_THAT(out, HasSubstr("Started Acme/Website at 9:00 AM; activity: Design; note: \"Home "
+                               "page\""));
     Json dump = DumpJson("doc.qvx");
-    EXPECT_EQ(TaskOf(dump, 3)["last_note"].Str(), "Home page");
-    EXPECT_EQ(TaskOf(dump, 3)["last_activity"].Int(), 1);
+    EXPECT_EQ(TaskOf(dump, 3)["last_note"], "Home page");
+    EXPECT_EQ(TaskOf(dump, 3)["last_activity"], 1);
 
     Ok({"pause", "doc.qvx"}, "2024-06-10 10:00");
     out = Ok({"resume", "doc.qvx"}, "2024-06-10 10:30");
-    EXPECT_TRUE(Contains(out, "Resumed Acme/Website at 10:30 AM; activity: Design (the task's "
-                              "last); note: \"Home page\" (the task's last)"))
-        << out;
+    EXPECT_THAT(out, HasSubstr("Resumed Acme/Website at 10:30 AM; activity: Design (the task's "
+                               "last); note: \"Home page\" (the task's last)"));
     dump = DumpJson("doc.qvx");
     const Json& resumed = (*FindDay(dump, "20240610"))["time"][1];
-    EXPECT_EQ(resumed["activity"].Int(), 1);
-    EXPECT_EQ(resumed["note"].Str(), "Home page");
+    EXPECT_EQ(resumed["activity"], 1);
+    EXPECT_EQ(resumed["note"], "Home page");
 
     // Not given: copied from the task's last ones, and said so.
     Ok({"start", "doc.qvx", "Acme/Support", "--activity", "Meetings"}, "2024-06-10 11:00");
     out = Ok({"start", "doc.qvx", "Acme/Website"}, "2024-06-10 12:00");
-    EXPECT_TRUE(Contains(out, "activity: Design (the task's last); note: \"Home page\" (the "
-                              "task's last)"))
-        << out;
+    EXPECT_THAT(out, HasSubstr("activity: Design (the task's last); note: \"Home page\" (the "
+                               "task's last)"));
 
     // recent numbers its lines as start --recent uses them (here sorted by name).
     out = Ok({"recent", "doc.qvx"}, "2024-06-10 12:30");
     EXPECT_EQ(out, "1  Acme/Support\n2  Acme/Website\n");
     out = Ok({"start", "doc.qvx", "--recent", "1", "--note", "Tickets", "--activity", "none"},
              "2024-06-10 13:00");
-    EXPECT_TRUE(Contains(out, "Started Acme/Support at 1:00 PM; activity: none; note: "
-                              "\"Tickets\""))
-        << out;
+    EXPECT_THAT(out,
+                HasSubstr("Started Acme/Support at 1:00 PM; activity: none; note: \"Tickets\""));
     EXPECT_EQ(Run({"start", "doc.qvx", "--recent", "3"}, "2024-06-10 13:30").exitCode, 1);
 }
 
 TEST_F(QvxDailyTest, AddressesReadLineBreaksAlike)
 {
     std::string out = Ok({"options", "--invoice-address", "Pat Doe\\nSide Street 2"});
-    EXPECT_TRUE(Contains(out, "Invoice address: Pat Doe\n                 Side Street 2\n")) << out;
+    EXPECT_THAT(out, HasSubstr("Invoice address: Pat Doe\n                 Side Street 2\n"));
     Ok({"report", "new", "doc.qvx", "--kind", "invoice", "--name", "Acme", "--task", "Acme",
         "--recipient", "Acme Corp\\n1 Main Street"});
     out = Ok({"report", "show", "doc.qvx", "Acme"});
-    EXPECT_TRUE(Contains(out, "Recipient: Acme Corp\n           1 Main Street\n")) << out;
+    EXPECT_THAT(out, HasSubstr("Recipient: Acme Corp\n           1 Main Street\n"));
 }
 
 TEST_F(QvxTest, VersionIsNamed)
@@ -494,5 +454,5 @@ TEST_F(QvxTest, VersionIsNamed)
                                   std::regex("^qvx \\(Quorvane Time & Expense\\) "
                                              "([0-9]+\\.[0-9]+)\n$")))
         << version;
-    EXPECT_TRUE(Contains(Ok({"help"}), "qvx " + m[1].str() + ","));
+    EXPECT_THAT(Ok({"help"}), HasSubstr("qvx " + m[1].str() + ","));
 }

@@ -66,12 +66,12 @@ protected:
         std::map<std::string, long> minutes;
         auto at = [](const std::string& hm) { return std::stol(hm.substr(0, 2)) * 60 + std::stol(hm.substr(3, 2)); };
         const qvtest::Json dump = DumpJson(file);
-        for (const qvtest::Json& day : dump["days"].Items())
-            for (const qvtest::Json& e : day["time"].Items())
+        for (const qvtest::Json& day : dump["days"])
+            for (const qvtest::Json& e : day["time"])
             {
-                const std::string key = day["key"].Str();
+                const std::string key = day["key"].get<std::string>();
                 minutes[key.substr(0, 4) + "-" + key.substr(4, 2) + "-" + key.substr(6, 2)] +=
-                    at(e["end"].Str()) - at(e["start"].Str());
+                    at(e["end"].get<std::string>()) - at(e["start"].get<std::string>());
             }
         return minutes;
     }

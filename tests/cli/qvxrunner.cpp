@@ -1,16 +1,16 @@
 #include "qvxrunner.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <poll.h>
-#include <spawn.h>
 #include <sstream>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 extern char** environ;
@@ -30,35 +30,31 @@ std::vector<std::string> QvxResult::ErrLines() const
 
 void QvxTest::SetUp()
 {
-    std::string templ = (std::filesystem::temp_directory_path() / "qvx-test-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(templ.data()), nullptr) << std::strerror(errno);
-    m_dir = templ;
+    m_dir = m_scratch.Path();
+    ASSERT_FALSE(m_dir.empty()) << "no scratch folder";
     std::filesystem::create_directories(m_dir + "/config");
+    std::filesystem::create_directories(m_dir + "/output");
 }
 
-void QvxTest::TearDown()
+pid_t QvxTest::Start(const std::vector<std::string>& args, const std::string& tag,
+                     const Surroundings& how)
 {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_dir, ignored);
-}
-
-QvxResult QvxTest::Run(const std::vector<std::string>& args, const std::string& now)
-{
+    // Everything the child needs is made here: after fork it may only make system calls.
     std::vector<std::string> env;
     for (char** e = environ; *e; ++e)
     {
         const std::string var = *e;
         const std::string name = var.substr(0, var.find('='));
+        // qvx needs no display, also where it writes PDF.
         if (name != "XDG_CONFIG_HOME" && name != "QVX_NOW" && name.rfind("LC_", 0) != 0 &&
-            name != "LANG")
+            name != "LANG" && name != "DISPLAY" && name != "WAYLAND_DISPLAY")
             env.push_back(var);
     }
     env.push_back("XDG_CONFIG_HOME=" + m_dir + "/config");
     env.push_back("LANG=en_US.UTF-8");
     env.push_back("LC_ALL=en_US.UTF-8");
-    if (!now.empty())
-        env.push_back("QVX_NOW=" + now);
-
+    if (!how.now.empty())
+        env.push_back("QVX_NOW=" + how.now);
     std::vector<std::string> argv = {QVX_PATH};
     argv.insert(argv.end(), args.begin(), args.end());
     std::vector<char*> argp, envp;
@@ -68,58 +64,79 @@ QvxResult QvxTest::Run(const std::vector<std::string>& args, const std::string& 
     for (std::string& e : env)
         envp.push_back(e.data());
     envp.push_back(nullptr);
-
-    int outPipe[2], errPipe[2];
-    EXPECT_EQ(::pipe2(outPipe, O_CLOEXEC), 0);
-    EXPECT_EQ(::pipe2(errPipe, O_CLOEXEC), 0);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, outPipe[1], 1);
-    posix_spawn_file_actions_adddup2(&actions, errPipe[1], 2);
-    posix_spawn_file_actions_addchdir_np(&actions, m_dir.c_str());
-    pid_t pid = 0;
-    const int spawned = ::posix_spawn(&pid, argp[0], &actions, nullptr, argp.data(), envp.data());
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(outPipe[1]);
-    ::close(errPipe[1]);
-
-    QvxResult result;
-    if (spawned != 0)
+    const std::string out =
+        how.stdoutPath.empty() ? m_dir + "/output/" + tag + ".out" : how.stdoutPath;
+    const std::string err = m_dir + "/output/" + tag + ".err";
+    const struct rlimit limit
     {
-        ADD_FAILURE() << "cannot start " << argp[0] << ": " << std::strerror(spawned);
-        ::close(outPipe[0]);
-        ::close(errPipe[0]);
+        how.fileSizeLimit, how.fileSizeLimit
+    };
+
+    const pid_t pid = ::fork();
+    if (pid != 0)
+        return pid;
+    auto redirect = [](int fd, const char* path, int flags)
+    {
+        const int opened = ::open(path, flags, 0644);
+        if (opened != fd && ::dup2(opened, fd) >= 0)
+            ::close(opened);
+    };
+    if (::chdir(m_dir.c_str()) != 0)
+        ::_exit(120);
+    redirect(0, "/dev/null", O_RDONLY);
+    redirect(2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
+    if (how.closeStdout)
+        ::close(1);
+    else
+        redirect(1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
+    if (how.fileSizeLimit != RLIM_INFINITY)
+    {
+        // Writing past the limit then fails with EFBIG instead of ending the process.
+        ::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ::execve(argp[0], argp.data(), envp.data());
+    ::_exit(127);
+}
+
+QvxResult QvxTest::Finish(pid_t pid, const std::string& tag, std::chrono::seconds limit)
+{
+    QvxResult result;
+    if (pid < 0)
+    {
+        ADD_FAILURE() << "cannot start qvx: " << std::strerror(errno);
         return result;
     }
-    // Read both pipes as they fill, so that neither can block the child.
-    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    std::string* sinks[2] = {&result.out, &result.err};
-    int open = 2;
-    while (open > 0)
-    {
-        if (::poll(fds, 2, -1) < 0 && errno != EINTR)
-            break;
-        for (int i = 0; i < 2; ++i)
-        {
-            if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP)))
-                continue;
-            char buf[4096];
-            const ssize_t n = ::read(fds[i].fd, buf, sizeof buf);
-            if (n > 0)
-                sinks[i]->append(buf, size_t(n));
-            else if (n == 0 || errno != EINTR)
-            {
-                ::close(fds[i].fd);
-                fds[i].fd = -1;
-                --open;
-            }
-        }
-    }
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     int status = 0;
-    ::waitpid(pid, &status, 0);
+    while (::waitpid(pid, &status, WNOHANG) == 0)
+    {
+        if (std::chrono::steady_clock::now() > deadline)
+        {
+            ::kill(pid, SIGKILL);
+            ::waitpid(pid, &status, 0);
+            ADD_FAILURE() << "qvx (" << tag << ") still ran after " << limit.count()
+                          << " s: it hangs";
+            return result;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    auto read = [&](const std::string& file)
+    {
+        std::ifstream in(m_dir + "/output/" + file, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    };
+    result.out = read(tag + ".out");
+    result.err = read(tag + ".err");
     return result;
+}
+
+QvxResult QvxTest::Run(const std::vector<std::string>& args, const std::string& now)
+{
+    Surroundings how;
+    how.now = now;
+    return Finish(Start(args, "run", how), "run");
 }
 
 std::string QvxTest::Ok(const std::vector<std::string>& args, const std::string& now)
@@ -136,7 +153,7 @@ Json QvxTest::DumpJson(const std::string& file)
 {
     const QvxResult r = Run({"dump", "--json", file});
     EXPECT_EQ(r.exitCode, 0) << r.err;
-    return Json::Parse(r.out);
+    return Json::parse(r.out);
 }
 
 void QvxTest::WriteSettings(const std::vector<std::string>& settingsLines)
@@ -160,6 +177,33 @@ void QvxTest::WriteBytes(const std::string& file, const std::vector<uint8_t>& by
 {
     std::ofstream out(Path(file), std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+}
+
+const Json* FindDay(const Json& dump, const std::string& key)
+{
+    for (const Json& day : dump.at("days"))
+        if (day.at("key") == key)
+            return &day;
+    return nullptr;
+}
+
+std::vector<std::string> Spans(const Json& dump, const std::string& key)
+{
+    std::vector<std::string> spans;
+    if (const Json* day = FindDay(dump, key))
+        for (const Json& e : day->at("time"))
+            spans.push_back(std::to_string(e.at("task").get<long>()) + " " +
+                            e.at("start").get<std::string>() + "-" +
+                            (e.at("end").is_null() ? "" : e.at("end").get<std::string>()));
+    return spans;
+}
+
+bool HasTask(const Json& dump, const std::string& name)
+{
+    for (const Json& t : dump.at("tasks"))
+        if (t.at("name") == name)
+            return true;
+    return false;
 }
 
 } // namespace qvtest

@@ -24,106 +24,16 @@ using qvtest::QvxResult;
 
 namespace
 {
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
-std::string ReadFileText(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-// How a started qvx is set up beyond its arguments.
-struct Surroundings
-{
-    bool closeStdout = false;
-    std::string stdoutPath; // empty: a file of its own beside the error file
-    rlim_t fileSizeLimit = RLIM_INFINITY;
-};
+using qvtest::Surroundings;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 class QvxRobustnessTest : public qvtest::QvxTest
 {
 protected:
-    // Starts qvx without waiting for it; its output goes to files "<tag>.out" and
-    // "<tag>.err" in the scratch folder.
-    pid_t Start(const std::vector<std::string>& args, const std::string& tag,
-                const Surroundings& how = {})
+    QvxResult RunWith(const std::vector<std::string>& args, const Surroundings& how)
     {
-        std::vector<std::string> argv = {QVX_PATH};
-        argv.insert(argv.end(), args.begin(), args.end());
-        const std::string out = how.stdoutPath.empty() ? Path(tag + ".out") : how.stdoutPath;
-        const std::string err = Path(tag + ".err");
-        const pid_t pid = ::fork();
-        if (pid != 0)
-            return pid;
-        // The child: only async-signal-safe work until exec, and _exit on any failure.
-        ::setenv("XDG_CONFIG_HOME", (m_dir + "/config").c_str(), 1);
-        ::setenv("LANG", "en_US.UTF-8", 1);
-        ::setenv("LC_ALL", "en_US.UTF-8", 1);
-        ::setenv("QVX_NOW", "2024-06-11 12:00", 1);
-        if (::chdir(m_dir.c_str()) != 0)
-            ::_exit(120);
-        const int in = ::open("/dev/null", O_RDONLY);
-        ::dup2(in, 0);
-        const int errFd = ::open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ::dup2(errFd, 2);
-        if (how.closeStdout)
-            ::close(1);
-        else
-        {
-            const int outFd = ::open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            ::dup2(outFd, 1);
-        }
-        if (how.fileSizeLimit != RLIM_INFINITY)
-        {
-            // Writing past the limit then fails with EFBIG instead of ending the process.
-            ::signal(SIGXFSZ, SIG_IGN);
-            struct rlimit limit
-            {
-                how.fileSizeLimit, how.fileSizeLimit
-            };
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-        }
-        std::vector<char*> argp;
-        for (std::string& a : argv)
-            argp.push_back(a.data());
-        argp.push_back(nullptr);
-        ::execv(argp[0], argp.data());
-        ::_exit(127);
-    }
-
-    // Waits for a started qvx, at most `limit`: one that outlives it is killed and fails
-    // the test, so that a hang shows as a failure rather than a stuck test run.
-    QvxResult Finish(pid_t pid, const std::string& tag,
-                     std::chrono::seconds limit = std::chrono::seconds(120))
-    {
-        QvxResult result;
-        const auto deadline = std::chrono::steady_clock::now() + limit;
-        int status = 0;
-        while (::waitpid(pid, &status, WNOHANG) == 0)
-        {
-            if (std::chrono::steady_clock::now() > deadline)
-            {
-                ::kill(pid, SIGKILL);
-                ::waitpid(pid, &status, 0);
-                ADD_FAILURE() << "qvx (" << tag << ") still ran after " << limit.count()
-                              << " s: it hangs";
-                return result;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        result.out = ReadFileText(Path(tag + ".out"));
-        result.err = ReadFileText(Path(tag + ".err"));
-        return result;
-    }
-
-    QvxResult RunWith(const std::vector<std::string>& args, const Surroundings& how,
-                      const std::string& tag = "one")
-    {
-        return Finish(Start(args, tag, how), tag);
+        return Finish(Start(args, "one", how), "one");
     }
 
     void MakeDocument()
@@ -182,11 +92,11 @@ TEST_F(QvxRobustnessTest, LockThatDoesNotEndStopsEveryCommandWithTheCause)
     };
     for (const auto& args : commands)
     {
-        const QvxResult r = RunWith(args, {});
+        const QvxResult r = Run(args);
         EXPECT_EQ(r.exitCode, 1) << args[2] << "\n" << r.err;
         ASSERT_EQ(r.ErrLines().size(), 1u) << r.err;
-        EXPECT_TRUE(Contains(r.err, "locked")) << r.err;
-        EXPECT_TRUE(Contains(r.err, args[0] == "--wait" ? "1 second" : "500 ms")) << r.err;
+        EXPECT_THAT(r.err, HasSubstr("locked"));
+        EXPECT_THAT(r.err, HasSubstr(args[0] == "--wait" ? "1 second" : "500 ms"));
         EXPECT_EQ(ReadBytes("doc.qvx"), before);
     }
     EXPECT_FALSE(std::filesystem::exists(Path("doc.qvx Backup")));
@@ -210,7 +120,7 @@ TEST_F(QvxRobustnessTest, CommandsWaitForAnotherCommandButNotForTheDesktopProgra
         brief.reset();
         const QvxResult r = Finish(pid, "w");
         EXPECT_EQ(r.exitCode, 0) << r.err;
-        EXPECT_TRUE(Contains(Ok({"dump", "doc.qvx"}), "Globex"));
+        EXPECT_THAT(Ok({"dump", "doc.qvx"}), HasSubstr("Globex"));
     }
 
     // One that does not let go: refused once the wait is over, naming --wait.
@@ -219,8 +129,8 @@ TEST_F(QvxRobustnessTest, CommandsWaitForAnotherCommandButNotForTheDesktopProgra
             SharedFile::OpenShared(Path("doc.qvx"), false, nullptr, SharedFile::HoldKind::brief);
         const QvxResult r = Run({"--wait", "0.3", "task", "add", "doc.qvx", "Pat", "Initech"});
         EXPECT_EQ(r.exitCode, 1);
-        EXPECT_TRUE(Contains(r.err, "another qvx command still held it after 300 ms")) << r.err;
-        EXPECT_TRUE(Contains(r.err, "--wait")) << r.err;
+        EXPECT_THAT(r.err, HasSubstr("another qvx command still held it after 300 ms"));
+        EXPECT_THAT(r.err, HasSubstr("--wait"));
     }
 
     // The desktop program (a lasting holder): refused at once, however long --wait is.
@@ -230,8 +140,8 @@ TEST_F(QvxRobustnessTest, CommandsWaitForAnotherCommandButNotForTheDesktopProgra
     const QvxResult r = Run({"--wait", "60", "task", "add", "doc.qvx", "Pat", "Initech"});
     EXPECT_LT(SecondsSince(start), 30.0) << "a lasting holder is not waited for";
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "the desktop program (or another program) holds it")) << r.err;
-    EXPECT_FALSE(Contains(Ok({"dump", "doc.qvx"}), "Initech"));
+    EXPECT_THAT(r.err, HasSubstr("the desktop program (or another program) holds it"));
+    EXPECT_THAT(Ok({"dump", "doc.qvx"}), Not(HasSubstr("Initech")));
 }
 
 TEST_F(QvxRobustnessTest, FiftyChangingCommandsAtOnceAllSucceed)
@@ -256,10 +166,10 @@ TEST_F(QvxRobustnessTest, FiftyChangingCommandsAtOnceAllSucceed)
     }
     const qvtest::Json dump = DumpJson("doc.qvx");
     size_t tasks = 0, expenses = 0;
-    for (const qvtest::Json& t : dump["tasks"].Items())
-        tasks += t["name"].Str().rfind("Task ", 0) == 0 ? 1 : 0;
-    for (const qvtest::Json& day : dump["days"].Items())
-        expenses += day["expenses"].Items().size();
+    for (const qvtest::Json& t : dump["tasks"])
+        tasks += t["name"].get<std::string>().rfind("Task ", 0) == 0 ? 1 : 0;
+    for (const qvtest::Json& day : dump["days"])
+        expenses += day["expenses"].size();
     EXPECT_EQ(tasks, size_t(kCommands / 2));
     EXPECT_EQ(expenses, size_t(kCommands / 2));
     EXPECT_FALSE(std::filesystem::exists(Path("doc.qvx Backup")));
@@ -293,8 +203,8 @@ TEST_F(QvxRobustnessTest, OutputThatCannotBeWrittenFailsTheCommand)
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_EQ(r.err, "qvx: cannot write to standard output: Bad file descriptor\n");
     const std::string dump = Ok({"dump", "doc.qvx"});
-    EXPECT_TRUE(Contains(dump, "Initech")) << "the change itself was made and saved";
-    EXPECT_TRUE(Contains(dump, "Globex"));
+    EXPECT_THAT(dump, HasSubstr("Initech")) << "the change itself was made and saved";
+    EXPECT_THAT(dump, HasSubstr("Globex"));
 
     // A file that cannot be written whole is no success either, and leaves nothing behind.
     // (The limit leaves room for the error line, which goes to a file too.)
@@ -307,7 +217,7 @@ TEST_F(QvxRobustnessTest, OutputThatCannotBeWrittenFailsTheCommand)
         {"report", "export", "doc.qvx", "Hours", "--format", "csv", "--out", "exports/hours.csv"},
         tiny);
     EXPECT_EQ(toFile.exitCode, 1);
-    EXPECT_TRUE(Contains(toFile.err, std::strerror(EFBIG))) << toFile.err;
+    EXPECT_THAT(toFile.err, HasSubstr(std::strerror(EFBIG)));
     EXPECT_TRUE(std::filesystem::is_empty(Path("exports")));
 
     // --force replaces a file, never a device or a pipe that has the name.
@@ -315,7 +225,7 @@ TEST_F(QvxRobustnessTest, OutputThatCannotBeWrittenFailsTheCommand)
     const QvxResult toPipe = Run(
         {"report", "export", "doc.qvx", "Hours", "--format", "csv", "--out", "pipe", "--force"});
     EXPECT_EQ(toPipe.exitCode, 1);
-    EXPECT_TRUE(Contains(toPipe.err, "is not a regular file")) << toPipe.err;
+    EXPECT_THAT(toPipe.err, HasSubstr("is not a regular file"));
     EXPECT_TRUE(std::filesystem::is_fifo(Path("pipe")));
 }
 
@@ -364,7 +274,7 @@ TEST_F(QvxRobustnessTest, NumbersAreDecimalFiniteAndWithinRange)
             continue;
         const QvxResult r = Run(b.args);
         EXPECT_EQ(r.exitCode, 2) << b.args.back() << "\n" << r.err;
-        EXPECT_TRUE(Contains(r.err, b.message)) << r.err;
+        EXPECT_THAT(r.err, HasSubstr(b.message));
         EXPECT_EQ(r.ErrLines().size(), 1u) << r.err;
     }
     EXPECT_EQ(ReadBytes("doc.qvx"), before) << "nothing refused was written";
@@ -376,11 +286,11 @@ TEST_F(QvxRobustnessTest, NumbersAreDecimalFiniteAndWithinRange)
     Ok(expense("999999999999.99"));
     const qvtest::Json dump = DumpJson("doc.qvx");
     std::vector<double> amounts;
-    for (const qvtest::Json& day : dump["days"].Items())
-        for (const qvtest::Json& e : day["expenses"].Items())
-            amounts.push_back(e["amount"].Number());
+    for (const qvtest::Json& day : dump["days"])
+        for (const qvtest::Json& e : day["expenses"])
+            amounts.push_back(e["amount"]);
     EXPECT_EQ(amounts, (std::vector<double>{12.5, -7.25, 5.0, 999999999999.99}));
-    EXPECT_TRUE(Contains(Ok({"help", "expense", "add"}), "may be negative (a refund"));
+    EXPECT_THAT(Ok({"help", "expense", "add"}), HasSubstr("may be negative (a refund"));
 }
 
 TEST_F(QvxRobustnessTest, ForeignFilesAreNotCalledNewerDocuments)
@@ -391,10 +301,10 @@ TEST_F(QvxRobustnessTest, ForeignFilesAreNotCalledNewerDocuments)
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_EQ(r.err, "qvx dump: 'passwd' is not a Quorvane Time & Expense document\n");
     r = Run({"task", "add", "passwd", "Pat", "Acme"});
-    EXPECT_TRUE(Contains(r.err, "is not a Quorvane Time & Expense document")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("is not a Quorvane Time & Expense document"));
     EXPECT_EQ(ReadBytes("passwd").size(), 11u);
     r = Run({"dump", "newer.qvx"});
-    EXPECT_TRUE(Contains(r.err, "written by a newer version (file version 12)")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("written by a newer version (file version 12)"));
 }
 
 TEST_F(QvxRobustnessTest, FailedBackupLeavesNoDebrisAndSaysWhy)
@@ -410,9 +320,8 @@ TEST_F(QvxRobustnessTest, FailedBackupLeavesNoDebrisAndSaysWhy)
     small.fileSizeLimit = 4096;
     const QvxResult r = RunWith({"task", "add", "doc.qvx", "Pat", "Globex"}, small);
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(
-        Contains(r.err, "File copy error " + std::to_string(EFBIG) + ": " + std::strerror(EFBIG)))
-        << r.err;
+    EXPECT_THAT(r.err, HasSubstr("File copy error " + std::to_string(EFBIG) + ": " +
+                                 std::strerror(EFBIG)));
     EXPECT_FALSE(std::filesystem::exists(Path("doc.qvx Backup")))
         << "the partial backup is removed";
     EXPECT_EQ(ReadBytes("doc.qvx"), before);
@@ -427,13 +336,9 @@ TEST_F(QvxRobustnessTest, NamesInEveryScriptAreStoredAsGiven)
               "Added Client '" + name + "' (#2) under '\xD0\x9F\xD0\xB0\xD1\x88\xD0\xB0'\n");
     Ok({"activity", "add", "doc.qvx", "\xCE\xA3\xCF\x87\xCE\xAD\xCE\xB4\xCE\xB9\xCE\xBF"});
     Ok({"report", "new", "doc.qvx", "--kind", "time-detail", "--name", "\xE5\xA0\xB1\xE5\x91\x8A"});
-    const qvtest::Json dump = DumpJson("doc.qvx");
-    bool found = false;
-    for (const qvtest::Json& t : dump["tasks"].Items())
-        found = found || t["name"].Str() == name;
-    EXPECT_TRUE(found);
+    EXPECT_TRUE(qvtest::HasTask(DumpJson("doc.qvx"), name));
     const std::string text = Ok({"dump", "doc.qvx"});
-    EXPECT_TRUE(Contains(text, "\xD0\x9F\xD0\xB0\xD1\x88\xD0\xB0"));
-    EXPECT_TRUE(Contains(text, "\xCE\xA3\xCF\x87\xCE\xAD\xCE\xB4\xCE\xB9\xCE\xBF"));
-    EXPECT_TRUE(Contains(text, "\xE5\xA0\xB1\xE5\x91\x8A"));
+    EXPECT_THAT(text, HasSubstr("\xD0\x9F\xD0\xB0\xD1\x88\xD0\xB0"));
+    EXPECT_THAT(text, HasSubstr("\xCE\xA3\xCF\x87\xCE\xAD\xCE\xB4\xCE\xB9\xCE\xBF"));
+    EXPECT_THAT(text, HasSubstr("\xE5\xA0\xB1\xE5\x91\x8A"));
 }

@@ -31,9 +31,12 @@
 
 extern char** environ;
 
+using qvtest::HasTask;
 using qvtest::Json;
 using qvtest::QvxResult;
 using qvtest::QvxTest;
+using qvtest::Spans;
+using ::testing::HasSubstr;
 
 // Readable failures for the texts the bus answers.
 void PrintTo(const QString& text, std::ostream* os)
@@ -61,11 +64,6 @@ public slots:
 namespace
 {
 constexpr const char* kInterface = "org.halvery.Quorvane.Document";
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 std::string ReadText(const std::string& path)
 {
@@ -109,25 +107,6 @@ std::vector<std::map<std::string, std::string>> Members(const std::string& xml)
     return members;
 }
 
-std::vector<std::pair<long, std::string>> TimeOf(const Json& dump, const std::string& key)
-{
-    std::vector<std::pair<long, std::string>> spans;
-    for (const Json& day : dump["days"].Items())
-        if (day["key"].Str() == key)
-            for (const Json& e : day["time"].Items())
-                spans.push_back({e["task"].Int(), e["start"].Str() + "-" +
-                                                      (e["end"].IsNull() ? "" : e["end"].Str())});
-    return spans;
-}
-
-bool HasTask(const Json& dump, const std::string& name)
-{
-    for (const Json& t : dump["tasks"].Items())
-        if (t["name"].Str() == name)
-            return true;
-    return false;
-}
-
 // Acme (#2) with Website (#3), and Internal (#4), under "Pat Doe"; the desktop program on it.
 class DbusTest : public QvxTest
 {
@@ -158,8 +137,6 @@ protected:
     {
         for (pid_t pid : m_programs)
             Stop(pid);
-        if (!m_dir.empty())
-            QvxTest::TearDown();
     }
 
     pid_t StartProgram()
@@ -283,10 +260,10 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     // Without the program qvx could not change the held file at all.
     QvxResult r = Run({"--no-forward", "task", "add", "doc.qvx", "Acme", "Support"});
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "the desktop program (or another program) holds it")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("the desktop program (or another program) holds it"));
 
     std::string out = Ok({"start", "doc.qvx", "Acme/Website"});
-    EXPECT_TRUE(Contains(out, "Started Acme/Website at ")) << out;
+    EXPECT_THAT(out, HasSubstr("Started Acme/Website at "));
     EXPECT_EQ(Property("State").toString(), QStringLiteral("running"));
     EXPECT_EQ(Property("Task").toString(), QStringLiteral("Acme/Website"));
     EXPECT_EQ(Property("TaskId").toUInt(), 3u);
@@ -303,17 +280,17 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     EXPECT_EQ(status.arguments().at(1).toString(), QStringLiteral("Acme/Website"));
 
     out = Ok({"pause", "doc.qvx"});
-    EXPECT_TRUE(Contains(out, "Paused Acme/Website")) << out;
+    EXPECT_THAT(out, HasSubstr("Paused Acme/Website"));
     EXPECT_TRUE(Property("Paused").toBool());
     EXPECT_EQ(Ok({"status", "doc.qvx"}), "Paused: Acme/Website\n");
     EXPECT_TRUE(ProcessUntil([&] { return log.states.contains(QStringLiteral("paused")); }));
 
     out = Ok({"resume", "doc.qvx"});
-    EXPECT_TRUE(Contains(out, "Resumed Acme/Website at ")) << out;
+    EXPECT_THAT(out, HasSubstr("Resumed Acme/Website at "));
     EXPECT_EQ(Property("State").toString(), QStringLiteral("running"));
 
     out = Ok({"stop", "doc.qvx"});
-    EXPECT_TRUE(Contains(out, "Stopped Acme/Website")) << out;
+    EXPECT_THAT(out, HasSubstr("Stopped Acme/Website"));
     EXPECT_EQ(Property("State").toString(), QStringLiteral("inactive"));
     EXPECT_TRUE(ProcessUntil([&] { return log.states.size() >= 4; }));
     EXPECT_EQ(log.states.last(), QStringLiteral("inactive"));
@@ -324,12 +301,12 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     r = Run({"time", "add", "doc.qvx", "Acme", "--date", "2024-06-10", "--start", "09:30", "--end",
              "11:00"});
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "conflicts with another Time Entry")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("conflicts with another Time Entry"));
     Ok({"time", "add", "doc.qvx", "Acme", "--date", "2024-06-10", "--start", "09:30", "--end",
         "11:00", "--on-conflict", "adjust-this"});
 
     out = Ok({"task", "add", "doc.qvx", "Acme", "Support"});
-    EXPECT_TRUE(Contains(out, "'Support' (#5) under 'Acme'")) << out;
+    EXPECT_THAT(out, HasSubstr("'Support' (#5) under 'Acme'"));
     // From a caller in another folder: the program still saves its own file.
     const QDBusMessage added = Call(
         m_program, QString::fromLatin1(kInterface), QStringLiteral("Run"),
@@ -343,7 +320,7 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     // A question with no --yes or --no is refused, as qvx refuses without a terminal.
     r = Run({"task", "rm", "doc.qvx", "Internal"});
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "run again with --yes or --no")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("run again with --yes or --no"));
     EXPECT_EQ(Property("State").toString(), QStringLiteral("inactive"));
 
     // Usage mistakes keep their own status.
@@ -352,12 +329,11 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
 
     const QvxResult dump = Run({"dump", "--json", "doc.qvx"});
     ASSERT_EQ(dump.exitCode, 0) << dump.err;
-    const Json program = Json::Parse(dump.out);
+    const Json program = Json::parse(dump.out);
     EXPECT_TRUE(HasTask(program, "Support"));
     EXPECT_TRUE(HasTask(program, "Internal"));
-    const std::vector<std::pair<long, std::string>> expected = {{4, "09:00-10:00"},
-                                                                {2, "10:00-11:00"}};
-    EXPECT_EQ(TimeOf(program, "20240610"), expected);
+    const std::vector<std::string> expected = {"4 09:00-10:00", "2 10:00-11:00"};
+    EXPECT_EQ(Spans(program, "20240610"), expected);
 
     // The program saved each change: the file itself holds the same.
     const QvxResult file = Run({"--no-forward", "dump", "--json", "doc.qvx"});
@@ -367,7 +343,7 @@ TEST_F(DbusTest, TimerAndEntriesGoThroughTheProgram)
     const Json saved = DumpJson("doc.qvx");
     EXPECT_TRUE(HasTask(saved, "Support"));
     EXPECT_TRUE(HasTask(saved, "Hosting"));
-    EXPECT_EQ(TimeOf(saved, "20240610"), expected);
+    EXPECT_EQ(Spans(saved, "20240610"), expected);
     EXPECT_FALSE(std::filesystem::exists(Path("doc.qvx Backup")));
 }
 
@@ -379,8 +355,8 @@ TEST_F(DbusTest, ProgramThatStoppedAnsweringChangesNothing)
     const QvxResult r = Run({"start", "doc.qvx", "Internal"});
     const auto waited = std::chrono::steady_clock::now() - started;
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(Contains(r.err, "does not answer")) << r.err;
-    EXPECT_TRUE(Contains(r.err, "nothing was changed")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("does not answer"));
+    EXPECT_THAT(r.err, HasSubstr("nothing was changed"));
     EXPECT_LT(waited, std::chrono::seconds(6));
     EXPECT_EQ(Run({"--no-forward", "dump", "--json", "doc.qvx"}).out, before);
 
@@ -401,7 +377,7 @@ TEST_F(DbusTest, ProgramThatStoppedAnsweringChangesNothing)
 
     ASSERT_EQ(::kill(m_program, SIGCONT), 0);
     EXPECT_EQ(Property("State").toString(), QStringLiteral("inactive"));
-    EXPECT_TRUE(Contains(Ok({"status", "doc.qvx"}), "Inactive")) << "the program runs on";
+    EXPECT_THAT(Ok({"status", "doc.qvx"}), HasSubstr("Inactive")) << "the program runs on";
 }
 
 TEST_F(DbusTest, SecondProgramIsReadOnlyAndQvxTalksToTheFirst)
@@ -420,7 +396,7 @@ TEST_F(DbusTest, SecondProgramIsReadOnlyAndQvxTalksToTheFirst)
     EXPECT_FALSE(Property("DocumentPath", second).isValid());
 
     const std::string out = Ok({"start", "doc.qvx", "Internal"});
-    EXPECT_TRUE(Contains(out, "Started Internal")) << out;
+    EXPECT_THAT(out, HasSubstr("Started Internal"));
     EXPECT_EQ(Property("Task").toString(), QStringLiteral("Internal"));
 }
 

@@ -6,6 +6,7 @@
 #include "platform/clock.h"
 #include "platform/locale.h"
 #include "platform/prompter.h"
+#include "platform/scratchdir.h"
 #include "platform/settingsstore.h"
 #include "support/testsupport.h"
 #include "timekeeping/timer.h"
@@ -18,9 +19,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <unistd.h>
 
@@ -41,9 +39,7 @@ class DocumentServiceTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        std::string templ = (std::filesystem::temp_directory_path() / "qv-service-XXXXXX").string();
-        ASSERT_NE(::mkdtemp(templ.data()), nullptr) << std::strerror(errno);
-        m_dir = templ;
+        ASSERT_FALSE(m_dir.empty());
         m_path = m_dir + "/doc.qvx";
         auto doc = qvtest::NewDoc("Pat Doe");
         CTask* acme = qvtest::AddTask(*doc, doc->GetRootTask(), "Acme");
@@ -63,8 +59,6 @@ protected:
         m_service.reset();
         m_timer.reset();
         m_doc.CloseHeldFile();
-        std::error_code ignored;
-        std::filesystem::remove_all(m_dir, ignored);
     }
 
     int Run(const QStringList& argv, QByteArray& out, QByteArray& err)
@@ -72,7 +66,8 @@ protected:
         return m_service->RunCommandLine(argv, QString::fromStdString(m_dir), out, err);
     }
 
-    std::string m_dir;
+    ScratchDir m_scratch;
+    const std::string m_dir = m_scratch.Path();
     std::string m_path;
     platform::ScriptedPrompter m_prompter;
     platform::SettingsStore m_store;

@@ -344,24 +344,6 @@ TEST(DocumentFile, OldRootWithInheritingFlagsKeepsItsValues)
     }
 }
 
-TEST(DocumentFile, Version5HasNoToDoList)
-{
-    StreamBuilder b;
-    oldlayout::DocumentHead(b, 5, 1, 1, 1);
-    oldlayout::Task(b, 5, 1, 0, "Pat", 0, 12.5);
-    b.F64(0.0).F64(0.0);
-    b.Object("CDay").U32(5).Text("19980102").U32(1).U32(0);
-    oldlayout::TimeEntry(b, 5, 1, LocalSeconds(1998, 1, 2, 22, 0), LocalSeconds(1998, 1, 3));
-    b.U32(0).U32(0).U32(0).U32(0).U32(0);
-
-    LoadResult r;
-    auto doc = qvtest::Load(b.Data(), &r);
-    ASSERT_EQ(r.status, LoadResult::loaded) << r.error;
-    EXPECT_TRUE(doc->m_todoList.empty());
-    EXPECT_DOUBLE_EQ(doc->GetRootTask()->m_regularRate, 12.5);
-    EXPECT_EQ(doc->GetDay("19980102")->TimeEntries()[0]->m_end, CTinyTime(24, 0));
-}
-
 TEST(DocumentFile, WrongRecordInPlaceFailsTheLoad)
 {
     StreamBuilder b;

@@ -303,9 +303,12 @@ TEST(FuzzSeeds, OlderLayoutsKeepWhatTheyHold)
     EXPECT_DOUBLE_EQ(day->TimeEntries()[1]->m_rate, 55.5);
     EXPECT_FLOAT_EQ(day->TimeEntries()[1]->m_overtimeMultiplier, 1.5f);
 
+    // Version 5 has no to-do list and keeps the rate as f32.
     auto v5 = qvtest::Load(Layout5());
     EXPECT_EQ(v5->CountExpenseEntries(), 1u);
     EXPECT_EQ(v5->GetDay("19980102")->TimeEntries()[0]->m_end, CTinyTime(24, 0));
+    EXPECT_TRUE(v5->m_todoList.empty());
+    EXPECT_DOUBLE_EQ(v5->GetRootTask()->m_regularRate, 12.5);
 }
 
 } // namespace

@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 
 using namespace projectlink;
 using namespace qvtest;
@@ -51,21 +49,13 @@ protected:
     void SetUp() override
     {
         path = dir.File("audit.gan");
-        Write(GanPlan(false));
+        WriteText(path, GanPlan(false));
         doc = NewDoc("Pat", At(2024, 6, 12, 17, 0));
         client = AddTask(*doc, doc->GetRootTask(), "Globex");
         ui.chosenPath = path;
         ui.chosenProgId = "Quorvane.GanPlan";
         ui.parentTaskId = client->m_id;
         ui.resourceIndex = 0;
-    }
-    void Write(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
-    std::string Read() const
-    {
-        std::ifstream in(path, std::ios::binary);
-        std::ostringstream s;
-        s << in.rdbuf();
-        return s.str();
     }
     CTask* ByName(const std::string& name) const
     {
@@ -116,8 +106,8 @@ TEST_F(GanTest, UpdatesOnlyReadThePlan)
     AddTime(*doc, interviews, Day(2024, 6, 7), 9, 0, 10, 0);
 
     // Interviews gains a child: it becomes a summary, loses its to-do and warns of its entries.
-    Write(GanPlan(true));
-    const std::string before = Read();
+    WriteText(path, GanPlan(true));
+    const std::string before = ReadText(path);
     LinkOutcome updated = UpdateLink(*doc, *made.project, ui, {QV_COMPONENTS_DIR});
     ASSERT_EQ(LinkOutcome::done, updated.status);
     EXPECT_FALSE(ui.shownOptions.canUpdateWork || ui.shownOptions.canUpdateCost ||
@@ -128,7 +118,7 @@ TEST_F(GanTest, UpdatesOnlyReadThePlan)
     EXPECT_TRUE(interviews->m_todoEntries.empty());
     ASSERT_EQ(1u, ui.shownWarnings.size());
     EXPECT_NE(std::string::npos, ui.shownWarnings[0].find("is now a summary item and has entries"));
-    EXPECT_EQ(before, Read());
+    EXPECT_EQ(before, ReadText(path));
     EXPECT_FALSE(made.project->m_lastUpdated.IsValid()) << "nothing was written";
 }
 

@@ -11,8 +11,6 @@
 #include <pugixml.hpp>
 
 #include <cmath>
-#include <fstream>
-#include <sstream>
 
 using namespace projectlink;
 using namespace qvtest;
@@ -22,33 +20,13 @@ namespace
 
 const char* const kProgId = "Quorvane.MspdiPlan";
 
-void Write(const std::string& path, const std::string& text)
-{
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string Read(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-std::string Xml(const pugi::xml_node& node)
-{
-    std::ostringstream s;
-    node.print(s, "", pugi::format_raw);
-    return s.str();
-}
-
 class MspdiTest : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
         path = dir.File("plan.xml");
-        Write(path, MspdiPlan());
+        WriteText(path, MspdiPlan());
         link.m_progId = kProgId;
         link.m_path = path;
     }
@@ -57,13 +35,6 @@ protected:
         auto s = std::make_unique<CProjectSession>(link, prompter, std::vector<std::string>{QV_COMPONENTS_DIR});
         EXPECT_EQ(S_OK, s->Open(writable)) << (prompter.Messages().empty() ? "" : prompter.Messages().back());
         return s;
-    }
-    pugi::xml_node Assignment(pugi::xml_document& doc, int task, int resource)
-    {
-        for (pugi::xml_node a : doc.child("Project").child("Assignments").children("Assignment"))
-            if (a.child("TaskUID").text().as_int() == task && a.child("ResourceUID").text().as_int() == resource)
-                return a;
-        return pugi::xml_node();
     }
 
     ScratchDir dir;
@@ -125,7 +96,7 @@ TEST_F(MspdiTest, ParentsFollowOutlineLevelsWithoutOutlineNumbers)
     std::string plan = MspdiPlan();
     for (size_t at; (at = plan.find("<OutlineNumber>")) != std::string::npos;)
         plan.erase(at, plan.find("</OutlineNumber>", at) + 16 - at);
-    Write(path, plan);
+    WriteText(path, plan);
     auto s = OpenSession(false);
     int32_t id, parent, todo;
     std::string name, second;
@@ -169,7 +140,7 @@ TEST_F(MspdiLinkTestBase, ChildrenListedBeforeTheirParentsInTheFile)
         at = next;
     }
     plan.replace(build, end - build, rows[2] + rows[1] + rows[0]);
-    Write(path, plan);
+    WriteText(path, plan);
     LinkOutcome made = LinkNewProject(*doc, ui, {QV_COMPONENTS_DIR});
     ASSERT_EQ(LinkOutcome::done, made.status);
     CTask* api = nullptr;
@@ -185,13 +156,13 @@ TEST_F(MspdiLinkTestBase, ChildrenListedBeforeTheirParentsInTheFile)
 
 TEST_F(MspdiTest, BrokenFilesAreRefusedWithWhereTheyBreak)
 {
-    Write(path, "<Project>\n  <Tasks>\n</Project>\n");
+    WriteText(path, "<Project>\n  <Tasks>\n</Project>\n");
     CProjectSession s(link, prompter, {QV_COMPONENTS_DIR});
     EXPECT_TRUE(Failed(s.Open(false)));
     ASSERT_FALSE(prompter.Messages().empty());
     EXPECT_NE(std::string::npos, prompter.Messages().back().find("line 3")) << prompter.Messages().back();
 
-    Write(path, "<Plan/>");
+    WriteText(path, "<Plan/>");
     CProjectSession s2(link, prompter, {QV_COMPONENTS_DIR});
     EXPECT_TRUE(Failed(s2.Open(false)));
     EXPECT_NE(std::string::npos, prompter.Messages().back().find("<Project>"));
@@ -272,7 +243,7 @@ TEST_F(MspdiTest, WriteBackKeepsTheRestOfThePlanAndReplacesThePeriod)
 
 TEST_F(MspdiTest, AReadOnlySessionWritesNothing)
 {
-    const std::string original = Read(path);
+    const std::string original = ReadText(path);
     auto s = OpenSession(false);
     const int32_t regular[] = {60};
     const double zero[] = {0};
@@ -280,7 +251,7 @@ TEST_F(MspdiTest, AReadOnlySessionWritesNothing)
     EXPECT_TRUE(Failed(s->Component().UpdateTask(2, 1, day, day, 0, 0, 0, 0, 0, 0, 1, 1, regular, 1,
                                                  regular, 0, zero, 0, zero)));
     s->Close(true);
-    EXPECT_EQ(original, Read(path));
+    EXPECT_EQ(original, ReadText(path));
 }
 
 // The whole link and update, through the component, for Pat Example.
@@ -351,10 +322,7 @@ TEST_F(MspdiLinkTest, LinkThenUpdateWritesTheEntriesAndFollowsPlanChanges)
     EXPECT_EQ("PT4H30M0S", std::string(a.child_value("ActualWork")));
 
     // The plan changes: Mockups renamed, API moved under Design, Backend gone with it.
-    Write(path, MspdiPlan("Wireframes", true, "1.2"));
-    std::string text = Read(path);
-    text.replace(text.find("<Task><UID>5</UID>"), text.find("</Task>", text.find("<Task><UID>5</UID>")) + 7 - text.find("<Task><UID>5</UID>"), "");
-    Write(path, text);
+    WriteText(path, WithoutTask(MspdiPlan("Wireframes", true, "1.2"), 5));
     ui.editOptions = nullptr;
     updated = UpdateLink(*doc, *link, ui, Dirs());
     ASSERT_EQ(LinkOutcome::done, updated.status);
@@ -382,7 +350,7 @@ TEST_F(MspdiLinkTest, UpdateAsksAboutMissingAndDifferentFiles)
     // Found elsewhere, but a different plan.
     std::string other = MspdiPlan();
     other.replace(other.find("2024-05-01T09:00:00"), 19, "2023-01-01T09:00:00");
-    Write(dir.File("other.xml"), other);
+    WriteText(dir.File("other.xml"), other);
     ui.chosenPath = dir.File("other.xml");
     ui.prompter.Script(platform::Answer::yes);
     ui.prompter.Script(platform::Answer::no);
@@ -399,16 +367,16 @@ TEST_F(MspdiLinkTest, WithoutAResourceThePlanIsOnlyRead)
     LinkOutcome made = LinkNewProject(*doc, ui, Dirs());
     ASSERT_EQ(LinkOutcome::done, made.status);
     EXPECT_EQ(uint32_t(-1), made.project->m_resourceId);
-    const std::string original = Read(path);
-    Write(path, MspdiPlan("Renamed"));
-    const std::string renamed = Read(path);
+    const std::string original = ReadText(path);
+    WriteText(path, MspdiPlan("Renamed"));
+    const std::string renamed = ReadText(path);
 
     ASSERT_EQ(LinkOutcome::done, UpdateLink(*doc, *made.project, ui, Dirs()).status);
     EXPECT_FALSE(ui.shownOptions.canUpdateWork || ui.shownOptions.canUpdateCost ||
                  ui.shownOptions.canUpdateWorkEstimates || ui.shownOptions.canUpdateCostEstimates);
     EXPECT_FALSE(ui.shownOptions.AnyUpdate());
     EXPECT_NE(nullptr, ByName("Renamed")) << "tasks are still refreshed";
-    EXPECT_EQ(renamed, Read(path));
+    EXPECT_EQ(renamed, ReadText(path));
     EXPECT_FALSE(made.project->m_lastUpdated.IsValid());
 }
 

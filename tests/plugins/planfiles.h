@@ -2,10 +2,37 @@
 
 // Plans written for the tests from the formats' public descriptions.
 
+#include <pugixml.hpp>
+
+#include <sstream>
 #include <string>
 
 namespace qvtest
 {
+
+inline std::string Xml(const pugi::xml_node& node)
+{
+    std::ostringstream s;
+    node.print(s, "", pugi::format_raw);
+    return s.str();
+}
+
+// The assignment of `resource` to `task` in a project XML plan, or an empty node.
+inline pugi::xml_node Assignment(const pugi::xml_document& plan, int task, int resource)
+{
+    for (pugi::xml_node a : plan.child("Project").child("Assignments").children("Assignment"))
+        if (a.child("TaskUID").text().as_int() == task && a.child("ResourceUID").text().as_int() == resource)
+            return a;
+    return pugi::xml_node();
+}
+
+// MspdiPlan() without the task of `uid`.
+inline std::string WithoutTask(std::string plan, int uid)
+{
+    const size_t from = plan.find("<Task><UID>" + std::to_string(uid) + "</UID>");
+    plan.erase(from, plan.find("</Task>", from) + 7 - from);
+    return plan;
+}
 
 // A project XML plan: the project summary task, a blank row, a three-deep outline, two
 // real resources and the "unassigned" resource 0; Pat Example (UID 1) is assigned to

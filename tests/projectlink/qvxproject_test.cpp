@@ -1,8 +1,9 @@
 // qvx project end to end: link a project XML plan, record work, write it back, follow
 // the plan's changes.
 
-#include "../cli/qvxrunner.h"
+#include "../platform/scratchdir.h"
 #include "../plugins/planfiles.h"
+#include "qvxrunner.h"
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
@@ -16,14 +17,9 @@
 namespace
 {
 
+using ::testing::HasSubstr;
+using qvtest::Assignment;
 using qvtest::MspdiPlan;
-
-std::string Xml(const pugi::xml_node& node)
-{
-    std::ostringstream s;
-    node.print(s, "", pugi::format_raw);
-    return s.str();
-}
 
 class QvxProjectTest : public qvtest::QvxTest
 {
@@ -35,123 +31,77 @@ protected:
         setenv("QUORVANE_COMPONENT_PATH", QV_COMPONENTS_DIR, 1);
         plan = Path("plan.xml");
         doc = Path("work.qvx");
-        WritePlan(MspdiPlan());
+        WriteText(plan, MspdiPlan());
         Ok({"new", doc, "--employee", "Pat Example"});
         Ok({"task", "add", doc, "Pat Example", "Client"});
-    }
-    void WritePlan(const std::string& text)
-    {
-        std::ofstream(plan, std::ios::binary) << text;
-    }
-    pugi::xml_node Assignment(pugi::xml_document& d, int task, int resource)
-    {
-        for (pugi::xml_node a : d.child("Project").child("Assignments").children("Assignment"))
-            if (a.child("TaskUID").text().as_int() == task && a.child("ResourceUID").text().as_int() == resource)
-                return a;
-        return pugi::xml_node();
     }
 
     std::string plan;
     std::string doc;
 };
 
+// What the plan does with the figures is the component's own test; here qvx hands over the
+// options given and says what it did.
 TEST_F(QvxProjectTest, LinkRecordUpdateAndFollowThePlan)
 {
-    EXPECT_NE(std::string::npos, Ok({"project", "components"}).find("Quorvane.MspdiPlan"));
-    const std::string linked = Ok({"project", "link", doc, plan, "--parent", "Client", "--resource", "pat example"});
-    EXPECT_NE(std::string::npos, linked.find("Linked project #1 'Website Relaunch': 5 tasks under Client"))
-        << linked;
+    EXPECT_THAT(Ok({"project", "components"}), HasSubstr("Quorvane.MspdiPlan"));
+    EXPECT_THAT(Ok({"project", "link", doc, plan, "--parent", "Client", "--resource", "pat example"}),
+                HasSubstr("Linked project #1 'Website Relaunch': 5 tasks under Client"));
     // By id: the name is outside Windows-1252, which the file format may not keep.
     const std::string tasks = Ok({"tasks", doc});
-    ASSERT_NE(std::string::npos, tasks.find("Mockups")) << tasks;
-    ASSERT_NE(std::string::npos, tasks.find("API  (Task, #7)")) << tasks;
-    const std::string mockups = "#4";
-    Ok({"time", "add", doc, mockups, "--date", "2024-06-10", "--start", "09:00", "--end", "12:30"});
-    Ok({"time", "add", doc, mockups, "--date", "2024-06-11", "--start", "13:00", "--end", "13:45"});
-    Ok({"time", "add", doc, mockups, "--date", "2024-06-11", "--start", "15:00", "--end", "16:00"});
-    Ok({"expense", "add", doc, mockups, "--date", "2024-06-11", "--amount", "18.40", "--type", "Lunch"});
-    // Work on a task the resource was not assigned to creates its assignment.
-    Ok({"time", "add", doc, "#7", "--date", "2024-06-11", "--start", "08:00", "--end", "08:30"});
+    EXPECT_THAT(tasks, HasSubstr("Mockups"));
+    EXPECT_THAT(tasks, HasSubstr("API  (Task, #7)"));
+    Ok({"time", "add", doc, "#4", "--date", "2024-06-10", "--start", "09:00", "--end", "12:30"});
+    Ok({"time", "add", doc, "#4", "--date", "2024-06-11", "--start", "13:00", "--end", "14:45"});
+    Ok({"expense", "add", doc, "#4", "--date", "2024-06-11", "--amount", "18.40", "--type", "Lunch"});
 
-    pugi::xml_document before;
-    ASSERT_TRUE(before.load_file(plan.c_str()));
-    const std::string updated = Ok({"project", "update", doc, "Website Relaunch", "--from", "2024-06-10",
-                                    "--to", "2024-06-11", "--update-work-estimates", "no",
-                                    "--update-cost-estimates", "no"},
-                                   "2024-06-11 18:00");
-    EXPECT_NE(std::string::npos, updated.find("last updated 06/11/2024")) << updated;
-
+    EXPECT_THAT(Ok({"project", "update", doc, "Website Relaunch", "--from", "2024-06-10", "--to",
+                    "2024-06-11", "--update-work-estimates", "no", "--update-cost-estimates", "no"},
+                   "2024-06-11 18:00"),
+                HasSubstr("last updated 06/11/2024"));
     pugi::xml_document after;
     ASSERT_TRUE(after.load_file(plan.c_str()));
-    EXPECT_EQ(Xml(before.child("Project").child("Tasks")), Xml(after.child("Project").child("Tasks")));
-    EXPECT_EQ(Xml(before.child("Project").child("Resources")), Xml(after.child("Project").child("Resources")));
-    EXPECT_EQ(Xml(Assignment(before, 6, 2)), Xml(Assignment(after, 6, 2)));
     pugi::xml_node a = Assignment(after, 2, 1);
-    std::vector<std::string> perDay;
-    for (pugi::xml_node td : a.children("TimephasedData"))
-        if (td.child("Type").text().as_int() == 2)
-            perDay.push_back(std::string(td.child_value("Start")).substr(0, 10) + " " + td.child_value("Value"));
-    EXPECT_EQ((std::vector<std::string>{"2024-06-10 PT3H30M0S", "2024-06-11 PT1H45M0S"}), perDay);
     EXPECT_EQ("PT5H15M0S", std::string(a.child_value("ActualWork")));
     EXPECT_EQ("PT16H0M0S", std::string(a.child_value("Work"))) << "estimates not written";
     EXPECT_EQ("1840", std::string(a.child_value("ActualCost"))) << "the expense, in hundredths";
-    pugi::xml_node api = Assignment(after, 6, 1);
-    ASSERT_TRUE(api);
-    EXPECT_EQ("PT0H30M0S", std::string(api.child_value("ActualWork")));
 
-    // The plan changes: Mockups renamed, API moved under Design, Backend removed.
-    std::string changed = MspdiPlan("Wireframes", true, "1.2");
-    const size_t from = changed.find("<Task><UID>5</UID>");
-    changed.erase(from, changed.find("</Task>", from) + 7 - from);
-    {
-        pugi::xml_document d;
-        ASSERT_TRUE(d.load_file(plan.c_str()));
-        // Keep what the first update wrote: take the assignments from the file.
-        pugi::xml_document fresh;
-        ASSERT_TRUE(fresh.load_string(changed.c_str()));
-        fresh.child("Project").remove_child("Assignments");
-        fresh.child("Project").append_copy(d.child("Project").child("Assignments"));
-        fresh.save_file(plan.c_str());
-    }
-    const std::string second = Ok({"project", "update", doc, "#1", "--from", "2024-06-12"}, "2024-06-12 18:00");
-    EXPECT_NE(std::string::npos,
-              second.find("Backend has been deleted from project.  Item moved to project parent.\n"))
-        << second;
-    const std::string tree = Ok({"tasks", doc});
-    EXPECT_NE(std::string::npos, tree.find("Wireframes")) << tree;
-    EXPECT_EQ(std::string::npos, tree.find("Mockups"));
-    Ok({"time", "add", doc, "Client/Backend", "--date", "2024-06-12", "--start", "09:00", "--end", "10:00"});
-    Ok({"time", "add", doc, "Client/Design/API", "--date", "2024-06-12", "--start", "10:00", "--end", "11:00"});
-
+    // The plan changes: Mockups renamed, Backend removed.
+    WriteText(plan, qvtest::WithoutTask(MspdiPlan("Wireframes", true, "1.2"), 5));
+    EXPECT_THAT(Ok({"project", "update", doc, "#1", "--from", "2024-06-12"}, "2024-06-12 18:00"),
+                HasSubstr("Backend has been deleted from project.  Item moved to project parent.\n"));
+    EXPECT_THAT(Ok({"tasks", doc}), HasSubstr("Wireframes"));
     const std::string list = Ok({"project", "list", doc});
-    EXPECT_NE(std::string::npos, list.find("last updated: 06/12/2024")) << list;
-    EXPECT_NE(std::string::npos, list.find("resource: Pat Example (1)")) << list;
+    EXPECT_THAT(list, HasSubstr("last updated: 06/12/2024"));
+    EXPECT_THAT(list, HasSubstr("resource: Pat Example (1)"));
 }
 
 TEST_F(QvxProjectTest, RefusalsNameWhatIsWrong)
 {
-    qvtest::QvxResult r = Run({"project", "link", doc, plan, "--parent", "Client", "--resource", "Nobody"});
+    qvtest::QvxResult r =
+        Run({"project", "link", doc, plan, "--parent", "Client", "--resource", "Nobody"});
     EXPECT_EQ(1, r.exitCode);
-    EXPECT_NE(std::string::npos, r.err.find("\"Pat Example\" (1)")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("\"Pat Example\" (1)"));
     r = Run({"project", "link", doc, plan, "--parent", "Client"});
     EXPECT_EQ(1, r.exitCode) << "two resources: one must be named";
-    EXPECT_NE(std::string::npos, r.err.find("--resource")) << r.err;
-    std::ofstream(Path("notes.txt")) << "x";
+    EXPECT_THAT(r.err, HasSubstr("--resource"));
+    WriteText(Path("notes.txt"), "x");
     r = Run({"project", "link", doc, Path("notes.txt"), "--parent", "Client"});
     EXPECT_EQ(1, r.exitCode);
-    EXPECT_NE(std::string::npos, r.err.find("no component reads files like")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("no component reads files like"));
     EXPECT_EQ("No projects.\n", Ok({"project", "list", doc}));
 
     Ok({"project", "link", doc, plan, "--parent", "Client", "--resource", "none"});
     r = Run({"project", "update", doc, "#1", "--update-work", "yes"});
     EXPECT_EQ(1, r.exitCode) << "no resource: the plan is only read";
-    EXPECT_NE(std::string::npos, r.err.find("cannot take it")) << r.err;
+    EXPECT_THAT(r.err, HasSubstr("cannot take it"));
     EXPECT_EQ(0, Run({"project", "update", doc, "#1"}).exitCode);
 
     r = Run({"project", "rm", doc, "#1", "--no"});
     EXPECT_EQ(0, r.exitCode);
-    EXPECT_NE(std::string::npos, Ok({"project", "list", doc}).find("#1 Website Relaunch"));
-    EXPECT_NE(std::string::npos, Ok({"project", "rm", doc, "Website Relaunch", "--yes"}).find("Deleted project #1"));
+    EXPECT_THAT(Ok({"project", "list", doc}), HasSubstr("#1 Website Relaunch"));
+    EXPECT_THAT(Ok({"project", "rm", doc, "Website Relaunch", "--yes"}),
+                HasSubstr("Deleted project #1"));
     EXPECT_EQ("No projects.\n", Ok({"project", "list", doc}));
 }
 

@@ -7,17 +7,11 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 
 using namespace projectlink;
 
 namespace
 {
-
-void Write(const std::string& path, const std::string& text)
-{
-    std::ofstream(path) << text;
-}
 
 std::string Manifest(const std::string& progId, const std::string& filter,
                      const std::string& library, const std::string& curVer = "")
@@ -35,11 +29,11 @@ protected:
 
 TEST_F(RegistryTest, ManifestsAreReadInFileNameOrderAndTheFirstProgIdWins)
 {
-    Write(dirA.File("b.component"), Manifest("Zeta.Plan", "Zeta (*.zet)|*.zet", "libz.so"));
-    Write(dirA.File("a.component"), Manifest("Alpha.Plan", "Alpha (*.alp)|*.alp", "/opt/liba.so"));
-    Write(dirA.File("notes.txt"), "not a manifest");
-    Write(dirB.File("0.component"), Manifest("Alpha.Plan", "Other (*.x)|*.x", "other.so"));
-    Write(dirB.File("1.component"), Manifest("Gamma.Plan", "Gamma (*.gam;*.gm)|*.gam;*.gm", "g.so"));
+    WriteText(dirA.File("b.component"), Manifest("Zeta.Plan", "Zeta (*.zet)|*.zet", "libz.so"));
+    WriteText(dirA.File("a.component"), Manifest("Alpha.Plan", "Alpha (*.alp)|*.alp", "/opt/liba.so"));
+    WriteText(dirA.File("notes.txt"), "not a manifest");
+    WriteText(dirB.File("0.component"), Manifest("Alpha.Plan", "Other (*.x)|*.x", "other.so"));
+    WriteText(dirB.File("1.component"), Manifest("Gamma.Plan", "Gamma (*.gam;*.gm)|*.gam;*.gm", "g.so"));
 
     DiscoveryResult r = DiscoverComponents({dirA.Path(), "/nonexistent/folder", dirB.Path()});
     EXPECT_TRUE(r.messages.empty());
@@ -59,9 +53,9 @@ TEST_F(RegistryTest, ManifestsAreReadInFileNameOrderAndTheFirstProgIdWins)
 
 TEST_F(RegistryTest, AnUnreadableManifestStopsDiscoveryWithMessage40021)
 {
-    Write(dirA.File("1.component"), Manifest("Alpha.Plan", "Alpha|*.alp", "a.so"));
-    Write(dirA.File("2.component"), "[Component]\nProgID=Broken\n");
-    Write(dirA.File("3.component"), Manifest("Late.Plan", "Late|*.late", "l.so"));
+    WriteText(dirA.File("1.component"), Manifest("Alpha.Plan", "Alpha|*.alp", "a.so"));
+    WriteText(dirA.File("2.component"), "[Component]\nProgID=Broken\n");
+    WriteText(dirA.File("3.component"), Manifest("Late.Plan", "Late|*.late", "l.so"));
 
     DiscoveryResult r = DiscoverComponents({dirA.Path()});
     ASSERT_EQ(1u, r.components.size());
@@ -75,7 +69,7 @@ TEST_F(RegistryTest, SessionFailuresAreReportedAndNeverCrash)
 {
     CProject link;
     link.m_path = dirA.File("plan.xml");
-    Write(link.m_path, "<Project/>");
+    WriteText(link.m_path, "<Project/>");
     platform::ScriptedPrompter prompter;
 
     // The component was uninstalled.
@@ -89,7 +83,7 @@ TEST_F(RegistryTest, SessionFailuresAreReportedAndNeverCrash)
     EXPECT_EQ("Error 0x80070002 accessing Registry - Gone.Plan.", prompter.Messages()[1]);
 
     // No current version.
-    Write(dirA.File("nover.component"), "ProgID=NoVer.Plan\nFilter=N|*.n\nLibrary=x.so\n");
+    WriteText(dirA.File("nover.component"), "ProgID=NoVer.Plan\nFilter=N|*.n\nLibrary=x.so\n");
     link.m_progId = "NoVer.Plan";
     {
         CProjectSession s(link, prompter, {dirA.Path()});
@@ -98,8 +92,8 @@ TEST_F(RegistryTest, SessionFailuresAreReportedAndNeverCrash)
     EXPECT_EQ("Error 0x80070002 accessing Registry - CurVer.", prompter.Messages().back());
 
     // A library that is not a library at all.
-    Write(dirA.File("junk.so"), "this is not an ELF file");
-    Write(dirA.File("junk.component"),
+    WriteText(dirA.File("junk.so"), "this is not an ELF file");
+    WriteText(dirA.File("junk.component"),
           Manifest("Junk.Plan", "J|*.j", "junk.so") + "ClassID={11111111-2222-3333-4444-555555555555}\n");
     link.m_progId = "Junk.Plan";
     {
@@ -111,7 +105,7 @@ TEST_F(RegistryTest, SessionFailuresAreReportedAndNeverCrash)
               prompter.Messages().back());
 
     // A real library without the entry point.
-    Write(dirA.File("noentry.component"), Manifest("NoEntry.Plan", "E|*.e", QV_NOENTRY_LIBRARY));
+    WriteText(dirA.File("noentry.component"), Manifest("NoEntry.Plan", "E|*.e", QV_NOENTRY_LIBRARY));
     link.m_progId = "NoEntry.Plan";
     {
         CProjectSession s(link, prompter, {dirA.Path()});

@@ -81,7 +81,7 @@ protected:
     }
 
     RenderFixture m_fix;
-    TempDir m_dir;
+    ScratchDir m_dir;
     int m_count = 0;
 };
 

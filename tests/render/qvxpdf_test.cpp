@@ -1,110 +1,93 @@
 // qvx writing PDF: the report export and the numbered invoice, as a user runs them.
 
+#include "qvxrunner.h"
 #include "renderfixture.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 namespace
 {
 
-struct QvxRun
-{
-    int status = 0;
-    std::string output; // standard output and error together
-};
+using ::testing::HasSubstr;
+using ::testing::Not;
 
-// qvx with its settings (the next invoice number among them) in `configHome`.
-QvxRun Qvx(const std::string& configHome, const std::string& arguments)
-{
-    const std::string marker = "\nqvx-status:";
-    const std::string text =
-        RunAndRead("env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" + configHome + "' QVX_NOW='2024-03-20 12:00' '" QVX_PATH "' " + arguments +
-                   " 2>&1; echo \"" + marker.substr(1) + "$?\"");
-    QvxRun run;
-    const size_t at = text.rfind("qvx-status:");
-    run.output = text.substr(0, at);
-    run.status = std::stoi(text.substr(at + marker.size() - 1));
-    return run;
-}
-
-class QvxPdfTest : public ::testing::Test
+class QvxPdfTest : public qvtest::QvxTest
 {
 protected:
-    QvxPdfTest()
+    void SetUp() override
     {
-        m_doc = m_dir.File("demo.qvx");
-        const QvxRun made = Qvx("demo '" + m_doc + "'");
-        EXPECT_EQ(made.status, 0) << made.output;
+        QvxTest::SetUp();
+        Ok({"demo", "demo.qvx"}, kNow);
     }
-    QvxRun Qvx(const std::string& arguments) const { return ::Qvx(m_dir.File("config"), arguments); }
+    qvtest::QvxResult Qvx(const std::vector<std::string>& args) { return Run(args, kNow); }
 
-    TempDir m_dir;
-    std::string m_doc;
+    static constexpr const char* kNow = "2024-03-20 12:00";
 };
 
 TEST_F(QvxPdfTest, ReportExportWritesThePagesAsPdfWithoutADisplay)
 {
-    const std::string out = m_dir.File("week.pdf");
-    QvxRun run = Qvx("report export '" + m_doc + "' 1 --format pdf --out '" + out + "'");
-    ASSERT_EQ(run.status, 0) << run.output;
-    EXPECT_NE(run.output.find("(1 page)"), std::string::npos) << run.output;
-    EXPECT_EQ(run.output.find("QStandardPaths"), std::string::npos) << "no noise from Qt: " << run.output;
-    const std::string text = PdfText(out);
-    EXPECT_NE(text.find("This Week's Time"), std::string::npos) << text;
-    EXPECT_NE(text.find("Page 1"), std::string::npos);
+    qvtest::QvxResult run =
+        Qvx({"report", "export", "demo.qvx", "1", "--format", "pdf", "--out", "week.pdf"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("(1 page)"));
+    EXPECT_THAT(run.err, Not(HasSubstr("QStandardPaths"))) << "no noise from Qt";
+    const std::string text = PdfText(Path("week.pdf"));
+    EXPECT_THAT(text, HasSubstr("This Week's Time"));
+    EXPECT_THAT(text, HasSubstr("Page 1"));
 
     // An existing file is kept unless --force; the refusal names the way out.
-    run = Qvx("report export '" + m_doc + "' 1 --format pdf --out '" + out + "'");
-    EXPECT_NE(run.status, 0);
-    EXPECT_NE(run.output.find("--force"), std::string::npos) << run.output;
-    run = Qvx("report export '" + m_doc + "' 1 --format pdf --out '" + out + "' --force");
-    EXPECT_EQ(run.status, 0) << run.output;
+    run = Qvx({"report", "export", "demo.qvx", "1", "--format", "pdf", "--out", "week.pdf"});
+    EXPECT_NE(run.exitCode, 0);
+    EXPECT_THAT(run.err, HasSubstr("--force"));
+    EXPECT_EQ(Qvx({"report", "export", "demo.qvx", "1", "--format", "pdf", "--out", "week.pdf",
+                   "--force"})
+                  .exitCode,
+              0);
 
     // PDF is a file, not a stream; a bad format lists pdf among the accepted ones.
-    run = Qvx("report export '" + m_doc + "' 1 --format pdf --out -");
-    EXPECT_NE(run.status, 0);
-    run = Qvx("report export '" + m_doc + "' 1 --format odt");
-    EXPECT_NE(run.status, 0);
-    EXPECT_NE(run.output.find("pdf"), std::string::npos) << run.output;
+    EXPECT_NE(Qvx({"report", "export", "demo.qvx", "1", "--format", "pdf", "--out", "-"}).exitCode,
+              0);
+    run = Qvx({"report", "export", "demo.qvx", "1", "--format", "odt"});
+    EXPECT_NE(run.exitCode, 0);
+    EXPECT_THAT(run.err, HasSubstr("pdf"));
 
     // A folder that does not exist: an error and no file.
-    run = Qvx("report export '" + m_doc + "' 1 --format pdf --out '" + m_dir.File("none/x.pdf") + "'");
-    EXPECT_NE(run.status, 0);
-    EXPECT_FALSE(std::filesystem::exists(m_dir.File("none/x.pdf")));
+    EXPECT_NE(Qvx({"report", "export", "demo.qvx", "1", "--format", "pdf", "--out", "none/x.pdf"})
+                  .exitCode,
+              0);
+    EXPECT_FALSE(std::filesystem::exists(Path("none/x.pdf")));
 }
 
 TEST_F(QvxPdfTest, InvoicePdfIsNumberedAndTheNextNumberMovesOn)
 {
-    const std::string first = m_dir.File("first.pdf");
-    QvxRun run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + first + "' --yes");
-    ASSERT_EQ(run.status, 0) << run.output;
-    EXPECT_NE(run.output.find("Invoice number 1"), std::string::npos) << run.output;
-    std::string text = PdfText(first);
-    EXPECT_NE(text.find("Bellweather Foods Invoice"), std::string::npos) << text;
-    EXPECT_NE(text.find("Invoice: 1"), std::string::npos) << text;
-    EXPECT_NE(text.find("Due: $"), std::string::npos) << text;
+    auto invoice = [&](const std::string& pdf) {
+        return Qvx({"invoice", "demo.qvx", "5", "--pdf", pdf, "--yes"});
+    };
+    qvtest::QvxResult run = invoice("first.pdf");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_THAT(run.out + run.err, HasSubstr("Invoice number 1"));
+    const std::string text = PdfText(Path("first.pdf"));
+    EXPECT_THAT(text, HasSubstr("Bellweather Foods Invoice"));
+    EXPECT_THAT(text, HasSubstr("Invoice: 1"));
+    EXPECT_THAT(text, HasSubstr("Due: $"));
 
-    const std::string second = m_dir.File("second.pdf");
-    run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + second + "' --yes");
-    ASSERT_EQ(run.status, 0) << run.output;
-    EXPECT_NE(PdfText(second).find("Invoice: 2"), std::string::npos);
+    ASSERT_EQ(invoice("second.pdf").exitCode, 0);
+    EXPECT_THAT(PdfText(Path("second.pdf")), HasSubstr("Invoice: 2"));
 
     // Refused (the file exists, the folder does not): the number stays where it was.
-    run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + second + "' --yes");
-    EXPECT_NE(run.status, 0);
-    run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + m_dir.File("none/third.pdf") + "' --yes");
-    EXPECT_NE(run.status, 0) << "no such folder";
-    run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + m_dir.File("third.pdf") + "' --yes");
-    EXPECT_EQ(run.status, 0) << run.output;
-    EXPECT_NE(run.output.find("Invoice number 3"), std::string::npos) << run.output;
+    EXPECT_NE(invoice("second.pdf").exitCode, 0);
+    EXPECT_NE(invoice("none/third.pdf").exitCode, 0) << "no such folder";
+    run = invoice("third.pdf");
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_THAT(run.out + run.err, HasSubstr("Invoice number 3"));
 
-    run = Qvx("invoice '" + m_doc + "' 5 --pdf '" + first + "' --format csv --yes");
-    EXPECT_NE(run.status, 0);
-    run = Qvx("invoice '" + m_doc + "' 1 --pdf '" + m_dir.File("x.pdf") + "' --yes");
-    EXPECT_NE(run.status, 0) << "a time detail is not an invoice";
+    EXPECT_NE(Qvx({"invoice", "demo.qvx", "5", "--pdf", "first.pdf", "--format", "csv", "--yes"})
+                  .exitCode,
+              0);
+    EXPECT_NE(Qvx({"invoice", "demo.qvx", "1", "--pdf", "x.pdf", "--yes"}).exitCode, 0)
+        << "a time detail is not an invoice";
 }
 
 } // namespace

@@ -54,20 +54,6 @@ std::string RunAndRead(const std::string& command)
     return out;
 }
 
-TempDir::TempDir()
-{
-    std::string pattern = (std::filesystem::temp_directory_path() / "qvrender.XXXXXX").string();
-    if (!::mkdtemp(pattern.data()))
-        throw std::runtime_error("cannot make a temporary folder");
-    m_path = pattern;
-}
-
-TempDir::~TempDir()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}
-
 void WriteBytes(const std::string& path, const QByteArray& bytes)
 {
     QFile file(QString::fromStdString(path));

@@ -5,6 +5,7 @@
 #include "model/timekeeperdoc.h"
 #include "platform/clock.h"
 #include "platform/locale.h"
+#include "platform/scratchdir.h"
 #include "platform/settingsstore.h"
 
 #include <QByteArray>
@@ -30,18 +31,6 @@ public:
 
 // Runs a program and returns what it writes on standard output.
 std::string RunAndRead(const std::string& command);
-
-// A file in a fresh temporary folder that is removed with the object.
-class TempDir
-{
-public:
-    TempDir();
-    ~TempDir();
-    std::string File(const std::string& name) const { return m_path + "/" + name; }
-
-private:
-    std::string m_path;
-};
 
 void WriteBytes(const std::string& path, const QByteArray& bytes);
 // pdftotext of a PDF file, with its layout kept.

@@ -114,7 +114,7 @@ void TestPreview::pageSetupShowsAndStoresMarginsInTheLocalesUnit()
 void TestPreview::exportAsPdfNumbersAnInvoiceAndWritesTheFileWhole()
 {
     RenderFixture fix;
-    TempDir dir;
+    ScratchDir dir;
     CReport* invoice = fix.ReportOfKind(CReport::invoice);
     const int next = fix.m_app->GetInvoiceNumber();
     // The preview shows the number that printing will give, without using it up.

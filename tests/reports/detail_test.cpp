@@ -14,13 +14,6 @@ namespace
 constexpr uint32_t kAllTimeFields = 0x1 | 0x10 | 0x100 | 0x1000 | 0x10000 | 0x100000 | 0x1000000;
 constexpr uint32_t kAllExpenseFields = 0x1 | 0x10 | 0x100 | 0x1000 | 0x10000 | 0x100000;
 constexpr uint32_t kAllToDoFields = 0x1 | 0x10 | 0x100 | 0x1000 | 0x10000 | 0x100000;
-
-struct Format
-{
-    int code;
-    const char* file;
-};
-const Format kFormats[] = {{formatCsv, "expected.csv"}, {formatTab, "expected.tab"}, {formatHtml, "expected.htm"}};
 } // namespace
 
 class DetailReportTest : public SampleReportTest
@@ -35,13 +28,6 @@ protected:
         free->m_customBilling = true;
         free->m_billable = false;
         free->m_rate = 0.0;
-    }
-
-    void ExpectGolden(CReport* report, const std::string& caseName)
-    {
-        for (const Format& f : kFormats)
-            EXPECT_TRUE(MatchesExpected(caseName, f.file, Export(report, f.code)))
-                << caseName << "/" << f.file;
     }
 };
 

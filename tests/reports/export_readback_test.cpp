@@ -2,6 +2,8 @@
 
 #include "reports/exportfile.h"
 
+#include <nlohmann/json.hpp>
+
 #include <unistd.h>
 
 #include <cstdlib>
@@ -52,31 +54,6 @@ std::string ForTab(std::string value)
     return value;
 }
 
-std::string Json(const std::string& s)
-{
-    std::string out = "\"";
-    for (char c : s)
-    {
-        switch (c)
-        {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\t': out += "\\t"; break;
-        case '\r': out += "\\r"; break;
-        case '\n': out += "\\n"; break;
-        default: out += c;
-        }
-    }
-    return out + "\"";
-}
-
-std::string JsonList(const std::vector<std::string>& values)
-{
-    std::string out = "[";
-    for (size_t i = 0; i < values.size(); ++i)
-        out += (i ? ", " : "") + Json(values[i]);
-    return out + "]";
-}
 } // namespace
 
 class ExportReadBackTest : public ReportTest
@@ -142,7 +119,7 @@ TEST_F(ExportReadBackTest, EveryKindReadsBackInACsvReaderAndABrowserParser)
     const std::filesystem::path dir =
         std::filesystem::temp_directory_path() / ("qv-export-readback-" + std::to_string(getpid()));
     std::filesystem::create_directories(dir);
-    std::string manifest = "[\n";
+    nlohmann::json manifest = nlohmann::json::array();
     for (size_t i = 0; i < cases.size(); ++i)
     {
         const Case& c = cases[i];
@@ -170,12 +147,10 @@ TEST_F(ExportReadBackTest, EveryKindReadsBackInACsvReaderAndABrowserParser)
         {
             const std::string file = std::to_string(i) + "-" + c.report->GetClassName() + "." + f.extension;
             std::ofstream(dir / file, std::ios::binary) << Export(c.report, f.format);
-            manifest += std::string(manifest.size() > 2 ? ",\n" : "") + "{\"file\": " + Json(file) +
-                        ", \"format\": " + Json(f.name) + ", \"cells\": " + JsonList(f.cells) +
-                        ", \"texts\": " + JsonList(texts) + "}";
+            manifest.push_back({{"file", file}, {"format", f.name}, {"cells", f.cells}, {"texts", texts}});
         }
     }
-    std::ofstream(dir / "manifest.json", std::ios::binary) << manifest << "\n]\n";
+    std::ofstream(dir / "manifest.json", std::ios::binary) << manifest.dump(1);
 
     const std::string script = std::string(QV_TEST_DATA_DIR) + "/../check_exports.py";
     const std::string log = (dir / "check.log").string();

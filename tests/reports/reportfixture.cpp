@@ -1,6 +1,8 @@
 #include "reportfixture.h"
 
+#include "reports/exportfile.h"
 #include "reports/reportrunner.h"
+#include "support/testsupport.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -26,6 +28,14 @@ ReportTest::ReportTest() : m_clock(platform::LocalTime{2024, 3, 20, 12, 0, 0})
     m_doc.NewDocument("Pat Doe");
     m_doc.m_roundedNow = [this] { return m_app->RoundTime(m_app->Now()); };
     m_root = m_doc.GetRootTask();
+}
+
+void ReportTest::ExpectGolden(CReport* report, const std::string& caseName)
+{
+    const std::pair<int, const char*> formats[] = {
+        {reports::formatCsv, "expected.csv"}, {reports::formatTab, "expected.tab"}, {reports::formatHtml, "expected.htm"}};
+    for (const auto& [format, file] : formats)
+        EXPECT_TRUE(MatchesExpected(caseName, file, Export(report, format))) << caseName << "/" << file;
 }
 
 void ReportTest::SetClock(int y, int m, int d, int hour, int minute)
@@ -55,50 +65,35 @@ void ReportTest::SetBilling(CTask* task, double rate, bool billable)
 CTimeEntry* ReportTest::AddTime(const CDateTime& day, const CTask* task, int h1, int m1, int h2, int m2,
                                 uint32_t activity, const std::string& note)
 {
-    auto entry = std::make_unique<CTimeEntry>();
-    entry->m_taskId = task->m_id;
-    entry->m_start = CTinyTime(h1, m1);
-    entry->m_end = h2 < 0 ? CTinyTime() : CTinyTime(h2, m2);
+    CTimeEntry* entry = qvtest::AddTime(m_doc, task, day, h1, m1, h2, m2, note);
     entry->m_activityId = activity;
-    entry->m_note = note;
-    return m_doc.FileTimeEntry(m_doc.GetOrCreateDay(day), std::move(entry));
+    return entry;
 }
 
 CExpenseEntry* ReportTest::AddExpense(const CDateTime& day, const CTask* task, double amount, uint32_t type,
                                       uint32_t method, bool billable, const std::string& note)
 {
-    auto entry = std::make_unique<CExpenseEntry>();
-    entry->m_taskId = task->m_id;
-    entry->m_date = day;
-    entry->m_amount = amount;
-    entry->m_expenseTypeId = type;
+    CExpenseEntry* entry = qvtest::AddExpense(m_doc, task, day, amount, type, note);
     entry->m_paymentMethodId = method;
     entry->m_billable = billable;
-    entry->m_note = note;
-    return m_doc.FileExpenseEntry(m_doc.GetOrCreateDay(day), std::move(entry));
+    return entry;
 }
 
 CToDoEntry* ReportTest::AddOutstanding(const CTask* task, const std::string& text, const std::string& priority,
                                        const CDateTime& due)
 {
-    auto entry = std::make_unique<CToDoEntry>();
-    entry->m_taskId = task->m_id;
-    entry->m_description = text;
+    CToDoEntry* entry = qvtest::AddToDo(m_doc, task, text, due);
     entry->m_priority = priority;
-    entry->m_dueDate = due;
-    return m_doc.AddOutstandingToDo(std::move(entry));
+    return entry;
 }
 
 CToDoEntry* ReportTest::AddCompleted(const CDateTime& day, const CTask* task, const std::string& text,
                                      const std::string& priority, const CDateTime& due)
 {
-    auto entry = std::make_unique<CToDoEntry>();
-    entry->m_taskId = task->m_id;
-    entry->m_description = text;
+    CToDoEntry* entry = qvtest::AddCompletedToDo(m_doc, task, text, day);
     entry->m_priority = priority;
     entry->m_dueDate = due;
-    entry->m_completeDate = day;
-    return m_doc.FileCompletedToDo(m_doc.GetOrCreateDay(day), std::move(entry));
+    return entry;
 }
 
 CReport* ReportTest::AddReport(CReport::Kind kind, const std::string& name, const CTask* task,

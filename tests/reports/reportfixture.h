@@ -49,6 +49,8 @@ protected:
     // environment a differing file is rewritten (review the change before committing).
     static ::testing::AssertionResult MatchesExpected(const std::string& caseName, const std::string& fileName,
                                                       const std::string& actual);
+    // Compares the three export formats with the case's expected files.
+    void ExpectGolden(CReport* report, const std::string& caseName);
     // Compares byte for byte and says where the first difference is.
     static ::testing::AssertionResult SameBytes(const std::string& expected, const std::string& actual);
 

@@ -42,16 +42,6 @@ protected:
         return report;
     }
 
-    // Compares the three export formats with the case's expected files.
-    void ExpectGolden(CReport* report, const std::string& caseName)
-    {
-        const std::pair<int, const char*> formats[] = {{reports::formatCsv, "expected.csv"},
-                                                       {reports::formatTab, "expected.tab"},
-                                                       {reports::formatHtml, "expected.htm"}};
-        for (const auto& [format, file] : formats)
-            EXPECT_TRUE(MatchesExpected(caseName, file, Export(report, format))) << caseName << "/" << file;
-    }
-
     const CDateTime m_first = Date(2024, 3, 1);
     const CDateTime m_last = Date(2024, 3, 31);
 };

@@ -145,7 +145,7 @@ CTask* AddTask(CTimeKeeperDoc& doc, CTask* parent, const std::string& name)
     return task;
 }
 
-CTimeEntry* AddTime(CTimeKeeperDoc& doc, CTask* task, const CDateTime& day, int startHour,
+CTimeEntry* AddTime(CTimeKeeperDoc& doc, const CTask* task, const CDateTime& day, int startHour,
                     int startMinute, int endHour, int endMinute, const std::string& note)
 {
     auto entry = std::make_unique<CTimeEntry>();
@@ -162,7 +162,7 @@ CTimeEntry* AddTime(CTimeKeeperDoc& doc, CTask* task, const CDateTime& day, int 
     return raw;
 }
 
-CExpenseEntry* AddExpense(CTimeKeeperDoc& doc, CTask* task, const CDateTime& day, double amount,
+CExpenseEntry* AddExpense(CTimeKeeperDoc& doc, const CTask* task, const CDateTime& day, double amount,
                           uint32_t expenseTypeId, const std::string& note)
 {
     auto entry = std::make_unique<CExpenseEntry>();
@@ -173,7 +173,7 @@ CExpenseEntry* AddExpense(CTimeKeeperDoc& doc, CTask* task, const CDateTime& day
     return doc.FileExpenseEntry(doc.GetOrCreateDay(day), std::move(entry));
 }
 
-CToDoEntry* AddToDo(CTimeKeeperDoc& doc, CTask* task, const std::string& description,
+CToDoEntry* AddToDo(CTimeKeeperDoc& doc, const CTask* task, const std::string& description,
                     const CDateTime& due)
 {
     auto entry = std::make_unique<CToDoEntry>();
@@ -184,7 +184,7 @@ CToDoEntry* AddToDo(CTimeKeeperDoc& doc, CTask* task, const std::string& descrip
     return doc.AddOutstandingToDo(std::move(entry));
 }
 
-CToDoEntry* AddCompletedToDo(CTimeKeeperDoc& doc, CTask* task, const std::string& description,
+CToDoEntry* AddCompletedToDo(CTimeKeeperDoc& doc, const CTask* task, const std::string& description,
                              const CDateTime& completed)
 {
     auto entry = std::make_unique<CToDoEntry>();

@@ -67,13 +67,13 @@ void SetNow(CTimeKeeperDoc& doc, const CDateTime& now);
 CTask* AddTask(CTimeKeeperDoc& doc, CTask* parent, const std::string& name);
 // Files a time entry without the conflict test; an end hour of -1 makes it the running
 // entry (and sets the document's timer state on it).
-CTimeEntry* AddTime(CTimeKeeperDoc& doc, CTask* task, const CDateTime& day, int startHour,
+CTimeEntry* AddTime(CTimeKeeperDoc& doc, const CTask* task, const CDateTime& day, int startHour,
                     int startMinute, int endHour, int endMinute, const std::string& note = "");
-CExpenseEntry* AddExpense(CTimeKeeperDoc& doc, CTask* task, const CDateTime& day, double amount,
+CExpenseEntry* AddExpense(CTimeKeeperDoc& doc, const CTask* task, const CDateTime& day, double amount,
                           uint32_t expenseTypeId = 1, const std::string& note = "");
-CToDoEntry* AddToDo(CTimeKeeperDoc& doc, CTask* task, const std::string& description,
+CToDoEntry* AddToDo(CTimeKeeperDoc& doc, const CTask* task, const std::string& description,
                     const CDateTime& due = CDateTime::Null());
-CToDoEntry* AddCompletedToDo(CTimeKeeperDoc& doc, CTask* task, const std::string& description,
+CToDoEntry* AddCompletedToDo(CTimeKeeperDoc& doc, const CTask* task, const std::string& description,
                              const CDateTime& completed);
 
 // A document with a small tree and entries of every kind:
